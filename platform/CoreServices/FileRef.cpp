@@ -31,30 +31,6 @@ void ClearRef(FSRef *ref)
         std::memset(ref, 0, sizeof *ref);
 }
 
-// The absolute path of path with every symbolic link resolved; with
-// followLeaf false a link at the end stays itself.
-OSErr RealPath(const std::string &path, bool followLeaf, std::string &out)
-{
-    std::string trimmed = path;
-    while (trimmed.size() > 1 && trimmed.back() == '/')
-        trimmed.pop_back();
-    std::string folder = trimmed, leaf;
-    if (!followLeaf) {
-        const size_t slash = trimmed.rfind('/');
-        leaf = slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
-        if (leaf.empty() || leaf == "." || leaf == "..")
-            leaf.clear();
-        else
-            folder = slash == std::string::npos ? "." : slash == 0 ? "/" : trimmed.substr(0, slash);
-    }
-    char *resolved = realpath(folder.c_str(), nullptr);
-    if (!resolved)
-        return StatusFromErrno(errno);
-    out = leaf.empty() ? std::string(resolved) : JoinPath(resolved, leaf);
-    std::free(resolved);
-    return noErr;
-}
-
 // Decodes one UTF-8 sequence at text[i]; false for a malformed one.
 bool DecodeUTF8(const std::string &text, size_t &i, uint32_t &codePoint)
 {
@@ -167,6 +143,28 @@ OSErr StatusFromErrno(int error)
     default:
         return ioErr;
     }
+}
+
+OSErr RealPath(const std::string &path, bool followLeaf, std::string &out)
+{
+    std::string trimmed = path;
+    while (trimmed.size() > 1 && trimmed.back() == '/')
+        trimmed.pop_back();
+    std::string folder = trimmed, leaf;
+    if (!followLeaf) {
+        const size_t slash = trimmed.rfind('/');
+        leaf = slash == std::string::npos ? trimmed : trimmed.substr(slash + 1);
+        if (leaf.empty() || leaf == "." || leaf == "..")
+            leaf.clear();
+        else
+            folder = slash == std::string::npos ? "." : slash == 0 ? "/" : trimmed.substr(0, slash);
+    }
+    char *resolved = realpath(folder.c_str(), nullptr);
+    if (!resolved)
+        return StatusFromErrno(errno);
+    out = leaf.empty() ? std::string(resolved) : JoinPath(resolved, leaf);
+    std::free(resolved);
+    return noErr;
 }
 
 OSErr ResolveRef(const FSRef *ref, Node &node)
@@ -379,7 +377,7 @@ extern "C" OSStatus FSRefMakePath(const FSRef *ref, UInt8 *path, UInt32 maxPathS
         if (status != noErr)
             return status;
         if (node.path.size() + 1 > maxPathSize)
-            return pathTooLongErr;
+            return kPathTooLongErr;
         std::memcpy(path, node.path.c_str(), node.path.size() + 1);
         return noErr;
     } catch (...) {
@@ -400,7 +398,7 @@ extern "C" OSErr FSCompareFSRefs(const FSRef *ref1, const FSRef *ref2)
             return status;
         if (first.st.st_dev != second.st.st_dev)
             return diffVolErr;
-        return first.st.st_ino == second.st.st_ino ? noErr : errFSRefsDifferent;
+        return first.st.st_ino == second.st.st_ino ? OSErr(noErr) : OSErr(errFSRefsDifferent);
     } catch (...) {
         return memFullErr;
     }

@@ -10,11 +10,10 @@
 #include <string>
 #include <sys/stat.h>
 
-#ifndef pathTooLongErr
-#define pathTooLongErr (-2110)
-#endif
-
 namespace filemanager {
+
+/* FSRefMakePath's answer for a buffer too small for the path. */
+constexpr OSErr kPathTooLongErr = -2110;
 
 /* An object as a ref names it: its absolute path and its lstat record. */
 struct Node {
@@ -32,6 +31,11 @@ OSErr ResolveRef(const FSRef *ref, Node &node);
 
 /* Fills ref (if not NULL) for an object already looked up. */
 void MakeRef(FSRef *ref, const Node &node);
+
+/* The absolute path of path (relative paths count from the current folder)
+ * with every symbolic link resolved; with followLeaf false a link at the end
+ * stays itself. */
+OSErr RealPath(const std::string &path, bool followLeaf, std::string &out);
 
 /* Looks up an absolute path without following a final symbolic link. */
 OSErr LookUpNode(const std::string &path, Node &node);
