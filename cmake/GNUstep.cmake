@@ -1,0 +1,34 @@
+# GNUstep's compiler and linker flags, taken from gnustep-config as GNUstep's
+# own makefiles do, and offered as the imported target GNUstep::Base.
+find_program(GNUSTEP_CONFIG gnustep-config REQUIRED)
+execute_process(COMMAND ${GNUSTEP_CONFIG} --objc-flags
+                OUTPUT_VARIABLE _gs_objc_flags OUTPUT_STRIP_TRAILING_WHITESPACE)
+execute_process(COMMAND ${GNUSTEP_CONFIG} --base-libs
+                OUTPUT_VARIABLE _gs_base_libs OUTPUT_STRIP_TRAILING_WHITESPACE)
+separate_arguments(_gs_objc_flags UNIX_COMMAND "${_gs_objc_flags}")
+separate_arguments(_gs_base_libs UNIX_COMMAND "${_gs_base_libs}")
+
+# gnustep-config also hands out dependency-file, optimisation and warning
+# flags; the build chooses those itself.
+set(GNUSTEP_OBJC_FLAGS "")
+foreach(flag IN LISTS _gs_objc_flags)
+  if(flag MATCHES "^-I(/.*)$")
+    # GNUstep's headers are system headers: their warnings are not ours.
+    list(APPEND GNUSTEP_OBJC_FLAGS "-isystem${CMAKE_MATCH_1}")
+  elseif(NOT flag MATCHES "^-(MMD|MP|O[0-9s]?|g|Wall|I\\.)$")
+    list(APPEND GNUSTEP_OBJC_FLAGS "${flag}")
+  endif()
+endforeach()
+set(GNUSTEP_BASE_LINK "")
+foreach(flag IN LISTS _gs_base_libs)
+  if(NOT flag MATCHES "^-(shared-libgcc|rdynamic)$")
+    list(APPEND GNUSTEP_BASE_LINK "${flag}")
+  endif()
+endforeach()
+
+if(NOT TARGET GNUstep::Base)
+  add_library(GNUstep::Base INTERFACE IMPORTED)
+  set_property(TARGET GNUstep::Base PROPERTY INTERFACE_COMPILE_OPTIONS
+             "$<$<COMPILE_LANGUAGE:OBJC>:${GNUSTEP_OBJC_FLAGS}>")
+  set_property(TARGET GNUstep::Base PROPERTY INTERFACE_LINK_LIBRARIES "${GNUSTEP_BASE_LINK}")
+endif()

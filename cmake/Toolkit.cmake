@@ -1,0 +1,40 @@
+# The toolkit library KORU and the KORU bundle around the same binary.
+koru_glob_sources(toolkit_sources
+  ${PROJECT_SOURCE_DIR}/core ${PROJECT_SOURCE_DIR}/diag ${PROJECT_SOURCE_DIR}/files
+  ${PROJECT_SOURCE_DIR}/net ${PROJECT_SOURCE_DIR}/cf ${PROJECT_SOURCE_DIR}/cocoa)
+
+add_library(KORU SHARED ${toolkit_sources} ${PROJECT_SOURCE_DIR}/cmake/Banner.c)
+set_target_properties(KORU PROPERTIES
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+target_include_directories(KORU PUBLIC
+  $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
+  $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
+target_link_libraries(KORU
+  PUBLIC KORUPlatform
+  PRIVATE OpenSSL::Crypto CURL::libcurl Threads::Threads ${CMAKE_DL_LIBS})
+
+install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/KORU
+        DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")
+install(TARGETS KORU EXPORT KORUTargets LIBRARY DESTINATION ${CMAKE_INSTALL_LIBDIR})
+
+# KORU.bundle in GNUstep's flattened layout: Resources/Info-gnustep.plist
+# names the executable, and the executable is a link to the installed
+# library, so linking and loading at run time share one binary and one copy
+# of the toolkit's state.
+set(KORU_BUNDLE_INFO ${PROJECT_BINARY_DIR}/Info-gnustep.plist)
+configure_file(${PROJECT_SOURCE_DIR}/cmake/Info-gnustep.plist.in ${KORU_BUNDLE_INFO} @ONLY)
+
+set(KORU_BUILD_BUNDLE ${PROJECT_BINARY_DIR}/KORU.bundle)
+add_custom_command(TARGET KORU POST_BUILD
+  COMMAND ${CMAKE_COMMAND} -E make_directory ${KORU_BUILD_BUNDLE}/Resources
+  COMMAND ${CMAKE_COMMAND} -E copy_if_different ${KORU_BUNDLE_INFO}
+          ${KORU_BUILD_BUNDLE}/Resources/Info-gnustep.plist
+  COMMAND ${CMAKE_COMMAND} -E create_symlink $<TARGET_FILE:KORU> ${KORU_BUILD_BUNDLE}/KORU
+  VERBATIM)
+
+install(FILES ${KORU_BUNDLE_INFO} DESTINATION ${CMAKE_INSTALL_LIBDIR}/KORU.bundle/Resources)
+install(CODE "
+  set(bundle \"\$ENV{DESTDIR}\${CMAKE_INSTALL_PREFIX}/${CMAKE_INSTALL_LIBDIR}/KORU.bundle\")
+  file(MAKE_DIRECTORY \"\${bundle}\")
+  file(CREATE_LINK ../libKORU.so.${PROJECT_VERSION_MAJOR} \"\${bundle}/KORU\" SYMBOLIC)
+")

@@ -1,0 +1,597 @@
+/* CFURL over NSURL.  File URLs are made from POSIX paths; relative paths are
+ * taken against the current directory, as CF does. */
+#include "CFInternal.h"
+#include <limits.h>
+#include <stdlib.h>
+#include <string.h>
+#include <unistd.h>
+
+CFTypeID CFURLGetTypeID(void)
+{
+    return __kCFURLTypeID;
+}
+
+static NSURL *__CFURL(CFURLRef url)
+{
+    return (NSURL *)url;
+}
+
+/* Runs body inside a pool and turns a Foundation exception into NULL. */
+#define __CF_URL_GUARD(result, body)                                                                                   \
+    do {                                                                                                               \
+        __CF_POOL_BEGIN @try {                                                                                         \
+            body;                                                                                                      \
+        } @catch (NSException * exception) {                                                                           \
+            result = NULL;                                                                                             \
+        }                                                                                                              \
+        __CF_POOL_END                                                                                                  \
+    } while (0)
+
+CFURLRef CFURLCreateWithString(CFAllocatorRef allocator, CFStringRef URLString, CFURLRef baseURL)
+{
+    (void)allocator;
+    if (URLString == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, result = (CFURLRef)[[NSURL alloc] initWithString:(NSString *)URLString
+                                                              relativeToURL:__CFURL(baseURL)]);
+    return result;
+}
+
+CFURLRef CFURLCreateWithBytes(CFAllocatorRef allocator, const UInt8 *URLBytes, CFIndex length,
+                              CFStringEncoding encoding, CFURLRef baseURL)
+{
+    CFStringRef string = CFStringCreateWithBytes(allocator, URLBytes, length, encoding, false);
+    if (string == NULL)
+        return NULL;
+    CFURLRef result = CFURLCreateWithString(allocator, string, baseURL);
+    CFRelease(string);
+    return result;
+}
+
+CFURLRef CFURLCreateAbsoluteURLWithBytes(CFAllocatorRef alloc, const UInt8 *relativeURLBytes, CFIndex length,
+                                         CFStringEncoding encoding, CFURLRef baseURL, Boolean useCompatibilityMode)
+{
+    (void)useCompatibilityMode;
+    CFURLRef relative = CFURLCreateWithBytes(alloc, relativeURLBytes, length, encoding, baseURL);
+    if (relative == NULL)
+        return NULL;
+    CFURLRef result = CFURLCopyAbsoluteURL(relative);
+    CFRelease(relative);
+    return result;
+}
+
+CFDataRef CFURLCreateData(CFAllocatorRef allocator, CFURLRef url, CFStringEncoding encoding, Boolean escapeWhitespace)
+{
+    (void)escapeWhitespace;
+    CFStringRef string = CFURLGetString(url);
+    if (string == NULL)
+        return NULL;
+    return CFStringCreateExternalRepresentation(allocator, string, encoding, 0);
+}
+
+/* An absolute path for a POSIX path: relative ones are taken against the
+ * current directory, or against base when given. */
+static NSString *__CFAbsolutePath(NSString *path, CFURLRef base)
+{
+    if ([path hasPrefix:@"/"])
+        return path;
+    NSString *root = nil;
+    if (base != NULL) {
+        root = [__CFURL(base) path];
+    } else {
+        char cwd[PATH_MAX];
+        if (getcwd(cwd, sizeof(cwd)) != NULL)
+            root = [NSString stringWithUTF8String:cwd];
+    }
+    if (root == nil)
+        return path;
+    return [root stringByAppendingPathComponent:path];
+}
+
+/* Percent-escapes a POSIX path for the URL's text, keeping "/". */
+static NSString *__CFEscapedPath(NSString *path)
+{
+    static const char *keep = "-._~/!$&'()*+,;=:@";
+    NSData *utf8 = [path dataUsingEncoding:NSUTF8StringEncoding];
+    const unsigned char *bytes = [utf8 bytes];
+    NSUInteger length = [utf8 length];
+    NSMutableString *escaped = [NSMutableString stringWithCapacity:length];
+    for (NSUInteger i = 0; i < length; i++) {
+        unsigned char c = bytes[i];
+        if ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') || (c != 0 && strchr(keep, c)))
+            [escaped appendFormat:@"%c", c];
+        else
+            [escaped appendFormat:@"%%%02X", c];
+    }
+    return escaped;
+}
+
+static CFURLRef __CFURLCreateForPath(NSString *path, Boolean isDirectory, CFURLRef base)
+{
+    if (path == nil || [path length] == 0)
+        return NULL;
+    NSString *absolute = __CFAbsolutePath(path, base);
+    while ([absolute length] > 1 && [absolute hasSuffix:@"/"])
+        absolute = [absolute substringToIndex:[absolute length] - 1];
+    if (isDirectory && ![absolute hasSuffix:@"/"])
+        absolute = [absolute stringByAppendingString:@"/"];
+    NSString *text = [@"file://" stringByAppendingString:__CFEscapedPath(absolute)];
+    return (CFURLRef)[[NSURL alloc] initWithString:text];
+}
+
+/* HFS paths ("Volume:folder:file") name the root volume first; here the
+ * root volume is "/". */
+static NSString *__CFPOSIXPathFromHFS(NSString *hfs)
+{
+    NSArray *parts = [hfs componentsSeparatedByString:@":"];
+    if ([parts count] < 2)
+        return nil;
+    NSMutableString *path = [NSMutableString string];
+    for (NSUInteger i = 1; i < [parts count]; i++) {
+        NSString *part = [parts objectAtIndex:i];
+        if ([part length] == 0)
+            continue;
+        [path appendString:@"/"];
+        [path appendString:[part stringByReplacingOccurrencesOfString:@"/" withString:@":"]];
+    }
+    return [path length] ? (NSString *)path : @"/";
+}
+
+CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, CFStringRef filePath,
+                                                     CFURLPathStyle pathStyle, Boolean isDirectory, CFURLRef baseURL)
+{
+    (void)allocator;
+    if (filePath == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = (NSString *)filePath;
+        if (pathStyle == kCFURLHFSPathStyle)
+            path = __CFPOSIXPathFromHFS(path);
+        else if (pathStyle == kCFURLWindowsPathStyle)
+            path = [path stringByReplacingOccurrencesOfString:@"\\" withString:@"/"];
+        result = __CFURLCreateForPath(path, isDirectory, baseURL);
+    });
+    return result;
+}
+
+CFURLRef CFURLCreateWithFileSystemPath(CFAllocatorRef allocator, CFStringRef filePath, CFURLPathStyle pathStyle,
+                                       Boolean isDirectory)
+{
+    return CFURLCreateWithFileSystemPathRelativeToBase(allocator, filePath, pathStyle, isDirectory, NULL);
+}
+
+CFURLRef CFURLCreateFromFileSystemRepresentationRelativeToBase(CFAllocatorRef allocator, const UInt8 *buffer,
+                                                               CFIndex bufLen, Boolean isDirectory, CFURLRef baseURL)
+{
+    if (buffer == NULL || bufLen <= 0)
+        return NULL;
+    CFIndex length = 0;
+    while (length < bufLen && buffer[length] != 0)
+        length++;
+    CFStringRef path = CFStringCreateWithBytes(allocator, buffer, length, kCFStringEncodingUTF8, false);
+    if (path == NULL)
+        return NULL;
+    CFURLRef result = CFURLCreateWithFileSystemPathRelativeToBase(allocator, path, kCFURLPOSIXPathStyle, isDirectory,
+                                                                  baseURL);
+    CFRelease(path);
+    return result;
+}
+
+CFURLRef CFURLCreateFromFileSystemRepresentation(CFAllocatorRef allocator, const UInt8 *buffer, CFIndex bufLen,
+                                                 Boolean isDirectory)
+{
+    return CFURLCreateFromFileSystemRepresentationRelativeToBase(allocator, buffer, bufLen, isDirectory, NULL);
+}
+
+static BOOL __CFURLIsFile(NSURL *url)
+{
+    NSString *scheme = [url scheme];
+    return scheme != nil && [scheme caseInsensitiveCompare:@"file"] == NSOrderedSame;
+}
+
+CFStringRef CFURLCopyFileSystemPath(CFURLRef anURL, CFURLPathStyle pathStyle)
+{
+    if (anURL == NULL)
+        return NULL;
+    CFStringRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSURL *url = [__CFURL(anURL) absoluteURL];
+        NSString *path = [url path];
+        if (path != nil) {
+            while ([path length] > 1 && [path hasSuffix:@"/"])
+                path = [path substringToIndex:[path length] - 1];
+            if (pathStyle == kCFURLHFSPathStyle) {
+                NSMutableString *hfs = [NSMutableString stringWithString:@"/"];
+                for (NSString *part in [path componentsSeparatedByString:@"/"]) {
+                    if ([part length] == 0)
+                        continue;
+                    [hfs appendString:@":"];
+                    [hfs appendString:[part stringByReplacingOccurrencesOfString:@":" withString:@"/"]];
+                }
+                path = hfs;
+            }
+            result = (CFStringRef)[path copy];
+        }
+    });
+    return result;
+}
+
+Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8 *buffer, CFIndex maxBufLen)
+{
+    (void)resolveAgainstBase;
+    if (url == NULL || buffer == NULL || maxBufLen <= 0)
+        return false;
+    buffer[0] = 0;
+    if (!__CFURLIsFile(__CFURL(url)))
+        return false;
+    CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+    if (path == NULL)
+        return false;
+    Boolean ok = CFStringGetCString(path, (char *)buffer, maxBufLen, kCFStringEncodingUTF8);
+    CFRelease(path);
+    return ok;
+}
+
+CFStringRef CFURLGetString(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return NULL;
+    return (CFStringRef)[__CFURL(anURL) relativeString];
+}
+
+CFURLRef CFURLGetBaseURL(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return NULL;
+    return (CFURLRef)[__CFURL(anURL) baseURL];
+}
+
+CFURLRef CFURLCopyAbsoluteURL(CFURLRef relativeURL)
+{
+    if (relativeURL == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, result = (CFURLRef)[[__CFURL(relativeURL) absoluteURL] retain]);
+    return result;
+}
+
+Boolean CFURLCanBeDecomposed(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return false;
+    NSString *text = [__CFURL(anURL) absoluteString];
+    NSRange colon = [text rangeOfString:@":"];
+    return colon.location == NSNotFound || [text length] == colon.location + 1 ||
+           [text characterAtIndex:colon.location + 1] == '/';
+}
+
+/* Copies one NSURL accessor's answer, or NULL. */
+static CFStringRef __CFURLCopyPart(CFURLRef anURL, SEL part)
+{
+    if (anURL == NULL)
+        return NULL;
+    CFStringRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *value = [__CFURL(anURL) performSelector:part];
+        result = value != nil ? (CFStringRef)[value copy] : NULL;
+    });
+    return result;
+}
+
+CFStringRef CFURLCopyScheme(CFURLRef anURL)
+{
+    return __CFURLCopyPart(anURL, @selector(scheme));
+}
+
+CFStringRef CFURLCopyHostName(CFURLRef anURL)
+{
+    return __CFURLCopyPart(anURL, @selector(host));
+}
+
+CFStringRef CFURLCopyUserName(CFURLRef anURL)
+{
+    return __CFURLCopyPart(anURL, @selector(user));
+}
+
+CFStringRef CFURLCopyPassword(CFURLRef anURL)
+{
+    return __CFURLCopyPart(anURL, @selector(password));
+}
+
+CFStringRef CFURLCopyResourceSpecifier(CFURLRef anURL)
+{
+    return __CFURLCopyPart(anURL, @selector(resourceSpecifier));
+}
+
+CFStringRef CFURLCopyNetLocation(CFURLRef anURL)
+{
+    CFStringRef host = CFURLCopyHostName(anURL);
+    if (host == NULL)
+        return NULL;
+    SInt32 port = CFURLGetPortNumber(anURL);
+    CFStringRef user = CFURLCopyUserName(anURL);
+    CFStringRef result = CFStringCreateWithFormat(NULL, NULL, CFSTR("%@%s%@%s%.0d"), user ? user : CFSTR(""),
+                                                  user ? "@" : "", host, port >= 0 ? ":" : "", port >= 0 ? port : 0);
+    if (user != NULL)
+        CFRelease(user);
+    CFRelease(host);
+    return result;
+}
+
+/* The path as written in the URL, percent escapes kept. */
+static NSString *__CFURLRawPath(NSURL *url)
+{
+    NSString *specifier = [url resourceSpecifier];
+    if (specifier == nil)
+        return nil;
+    if ([specifier hasPrefix:@"//"]) {
+        NSRange slash = [specifier rangeOfString:@"/" options:0 range:NSMakeRange(2, [specifier length] - 2)];
+        specifier = slash.location == NSNotFound ? @"" : [specifier substringFromIndex:slash.location];
+    }
+    NSRange cut = [specifier rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@"?#;"]];
+    if (cut.location != NSNotFound)
+        specifier = [specifier substringToIndex:cut.location];
+    return specifier;
+}
+
+CFStringRef CFURLCopyPath(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return NULL;
+    CFStringRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = __CFURLRawPath(__CFURL(anURL));
+        result = path != nil ? (CFStringRef)[path copy] : NULL;
+    });
+    return result;
+}
+
+CFStringRef CFURLCopyStrictPath(CFURLRef anURL, Boolean *isAbsolute)
+{
+    CFStringRef path = CFURLCopyPath(anURL);
+    Boolean absolute = path != NULL && CFStringHasPrefix(path, CFSTR("/"));
+    if (isAbsolute != NULL)
+        *isAbsolute = absolute;
+    if (!absolute)
+        return path;
+    CFStringRef strict = CFStringCreateWithSubstring(NULL, path, CFRangeMake(1, CFStringGetLength(path) - 1));
+    CFRelease(path);
+    return strict;
+}
+
+SInt32 CFURLGetPortNumber(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return -1;
+    NSNumber *port = [__CFURL(anURL) port];
+    return port != nil ? (SInt32)[port intValue] : -1;
+}
+
+CFStringRef CFURLCopyQueryString(CFURLRef anURL, CFStringRef charactersToLeaveEscaped)
+{
+    (void)charactersToLeaveEscaped;
+    return __CFURLCopyPart(anURL, @selector(query));
+}
+
+CFStringRef CFURLCopyFragment(CFURLRef anURL, CFStringRef charactersToLeaveEscaped)
+{
+    (void)charactersToLeaveEscaped;
+    return __CFURLCopyPart(anURL, @selector(fragment));
+}
+
+Boolean CFURLHasDirectoryPath(CFURLRef anURL)
+{
+    if (anURL == NULL)
+        return false;
+    NSString *path = __CFURLRawPath(__CFURL(anURL));
+    return path != nil && [path hasSuffix:@"/"];
+}
+
+CFStringRef CFURLCopyLastPathComponent(CFURLRef url)
+{
+    CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
+    if (path == NULL)
+        return NULL;
+    CFStringRef result = (CFStringRef)[[(NSString *)path lastPathComponent] copy];
+    CFRelease(path);
+    return result;
+}
+
+CFStringRef CFURLCopyPathExtension(CFURLRef url)
+{
+    CFStringRef last = CFURLCopyLastPathComponent(url);
+    if (last == NULL)
+        return NULL;
+    NSString *extension = [(NSString *)last pathExtension];
+    CFRelease(last);
+    return [extension length] ? (CFStringRef)[extension copy] : NULL;
+}
+
+/* Rebuilds a file URL from a changed path; other URLs are changed in their text. */
+static CFURLRef __CFURLWithPath(CFURLRef url, NSString *path, Boolean isDirectory)
+{
+    if (__CFURLIsFile(__CFURL(url)))
+        return __CFURLCreateForPath(path, isDirectory, NULL);
+    NSURL *absolute = [__CFURL(url) absoluteURL];
+    NSString *text = [absolute absoluteString];
+    NSString *oldPath = __CFURLRawPath(absolute);
+    NSRange at = oldPath != nil ? [text rangeOfString:oldPath] : NSMakeRange(NSNotFound, 0);
+    if (at.location == NSNotFound)
+        return NULL;
+    NSString *newPath = __CFEscapedPath(isDirectory && ![path hasSuffix:@"/"] ? [path stringByAppendingString:@"/"] : path);
+    return (CFURLRef)[[NSURL alloc] initWithString:[text stringByReplacingCharactersInRange:at withString:newPath]];
+}
+
+CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRef url, CFStringRef pathComponent,
+                                               Boolean isDirectory)
+{
+    (void)allocator;
+    if (url == NULL || pathComponent == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = [[__CFURL(url) absoluteURL] path];
+        if (path == nil || [path length] == 0)
+            path = @"/";
+        result = __CFURLWithPath(url, [path stringByAppendingPathComponent:(NSString *)pathComponent], isDirectory);
+    });
+    return result;
+}
+
+CFURLRef CFURLCreateCopyDeletingLastPathComponent(CFAllocatorRef allocator, CFURLRef url)
+{
+    (void)allocator;
+    if (url == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = [[__CFURL(url) absoluteURL] path];
+        if (path != nil)
+            result = __CFURLWithPath(url, [path stringByDeletingLastPathComponent], true);
+    });
+    return result;
+}
+
+CFURLRef CFURLCreateCopyAppendingPathExtension(CFAllocatorRef allocator, CFURLRef url, CFStringRef extension)
+{
+    (void)allocator;
+    if (url == NULL || extension == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = [[__CFURL(url) absoluteURL] path];
+        if (path != nil)
+            result = __CFURLWithPath(url, [path stringByAppendingPathExtension:(NSString *)extension],
+                                     CFURLHasDirectoryPath(url));
+    });
+    return result;
+}
+
+CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef allocator, CFURLRef url)
+{
+    (void)allocator;
+    if (url == NULL)
+        return NULL;
+    CFURLRef result = NULL;
+    __CF_URL_GUARD(result, {
+        NSString *path = [[__CFURL(url) absoluteURL] path];
+        if (path != nil)
+            result = __CFURLWithPath(url, [path stringByDeletingPathExtension], CFURLHasDirectoryPath(url));
+    });
+    return result;
+}
+
+CFStringRef CFURLCreateStringByReplacingPercentEscapesUsingEncoding(CFAllocatorRef allocator, CFStringRef origString,
+                                                                    CFStringRef charsToLeaveEscaped,
+                                                                    CFStringEncoding encoding)
+{
+    (void)allocator;
+    if (origString == NULL)
+        return NULL;
+    CFIndex length = CFStringGetLength(origString);
+    UInt8 *bytes = malloc((size_t)length + 1);
+    NSMutableString *result = [[NSMutableString alloc] init];
+    CFIndex i = 0;
+    BOOL ok = bytes != NULL;
+    while (ok && i < length) {
+        UniChar c = CFStringGetCharacterAtIndex(origString, i);
+        if (c != '%') {
+            [result appendFormat:@"%C", c];
+            i++;
+            continue;
+        }
+        /* A run of escapes decodes together, so multi-byte characters survive. */
+        CFIndex start = i, n = 0;
+        while (i < length && CFStringGetCharacterAtIndex(origString, i) == '%') {
+            if (i + 2 >= length) {
+                ok = NO;
+                break;
+            }
+            char hex[3] = {(char)CFStringGetCharacterAtIndex(origString, i + 1),
+                           (char)CFStringGetCharacterAtIndex(origString, i + 2), 0};
+            char *end;
+            long value = strtol(hex, &end, 16);
+            if (*end != '\0') {
+                ok = NO;
+                break;
+            }
+            bytes[n++] = (UInt8)value;
+            i += 3;
+        }
+        if (!ok)
+            break;
+        CFStringRef decoded = CFStringCreateWithBytes(NULL, bytes, n, encoding, false);
+        if (decoded == NULL) {
+            ok = NO;
+            break;
+        }
+        if (charsToLeaveEscaped != NULL && CFStringGetLength(charsToLeaveEscaped) > 0) {
+            NSCharacterSet *keep = [NSCharacterSet characterSetWithCharactersInString:(NSString *)charsToLeaveEscaped];
+            if ([(NSString *)decoded rangeOfCharacterFromSet:keep].location != NSNotFound) {
+                CFRelease(decoded);
+                decoded = CFStringCreateWithSubstring(NULL, origString, CFRangeMake(start, i - start));
+            }
+        }
+        [result appendString:(NSString *)decoded];
+        CFRelease(decoded);
+    }
+    free(bytes);
+    if (!ok) {
+        [result release];
+        return NULL;
+    }
+    return (CFStringRef)result;
+}
+
+CFStringRef CFURLCreateStringByReplacingPercentEscapes(CFAllocatorRef allocator, CFStringRef originalString,
+                                                       CFStringRef charactersToLeaveEscaped)
+{
+    return CFURLCreateStringByReplacingPercentEscapesUsingEncoding(allocator, originalString, charactersToLeaveEscaped,
+                                                                   kCFStringEncodingUTF8);
+}
+
+CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef allocator, CFStringRef originalString,
+                                                    CFStringRef charactersToLeaveUnescaped,
+                                                    CFStringRef legalURLCharactersToBeEscaped,
+                                                    CFStringEncoding encoding)
+{
+    (void)allocator;
+    if (originalString == NULL)
+        return NULL;
+    /* Characters legal in a URL stay; the rest is escaped byte by byte. */
+    static const char *legal = "-._~!$&'()*+,;=:@/?#[]";
+    NSMutableString *result = [[NSMutableString alloc] init];
+    CFIndex length = CFStringGetLength(originalString);
+    for (CFIndex i = 0; i < length; i++) {
+        UniChar pair[2] = {CFStringGetCharacterAtIndex(originalString, i), 0};
+        UniChar c = pair[0];
+        CFIndex width = 1;
+        if (c >= 0xD800 && c <= 0xDBFF && i + 1 < length) {
+            pair[1] = CFStringGetCharacterAtIndex(originalString, i + 1);
+            width = 2;
+            i++;
+        }
+        CFStringRef one = CFStringCreateWithCharacters(NULL, pair, width);
+        BOOL keep = (c < 0x80 && ((c >= 'a' && c <= 'z') || (c >= 'A' && c <= 'Z') || (c >= '0' && c <= '9') ||
+                                  (c != 0 && strchr(legal, (int)c) != NULL)));
+        if (keep && legalURLCharactersToBeEscaped != NULL &&
+            CFStringFind(legalURLCharactersToBeEscaped, one, 0).location != kCFNotFound)
+            keep = NO;
+        if (!keep && c != '%' && charactersToLeaveUnescaped != NULL &&
+            CFStringFind(charactersToLeaveUnescaped, one, 0).location != kCFNotFound)
+            keep = YES;
+        if (keep) {
+            [result appendString:(NSString *)one];
+        } else {
+            UInt8 bytes[8];
+            CFIndex used = 0;
+            CFStringGetBytes(one, CFRangeMake(0, width), encoding, '?', false, bytes, sizeof(bytes), &used);
+            for (CFIndex k = 0; k < used; k++)
+                [result appendFormat:@"%%%02X", bytes[k]];
+        }
+        CFRelease(one);
+    }
+    return (CFStringRef)result;
+}
