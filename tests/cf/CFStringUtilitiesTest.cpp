@@ -1,0 +1,395 @@
+#include <KORU/CFStringUtilities.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+namespace {
+
+CFStringRef MakeString(const char *utf8)
+{
+    return CFStringCreateWithCString(nullptr, utf8, kCFStringEncodingUTF8);
+}
+
+CFStringRef MakeString(const std::u16string &units)
+{
+    return CFStringCreateWithCharacters(nullptr, reinterpret_cast<const UniChar *>(units.data()),
+                                        static_cast<CFIndex>(units.size()));
+}
+
+// A string released at the end of the scope.
+struct String {
+    CFStringRef ref;
+    explicit String(CFStringRef made) : ref(made) {}
+    ~String()
+    {
+        if (ref != nullptr)
+            CFRelease(ref);
+    }
+};
+
+class TemporaryFolder {
+public:
+    TemporaryFolder()
+    {
+        char pattern[] = "/tmp/koru-cfstring-XXXXXX";
+        path_ = mkdtemp(pattern);
+    }
+    ~TemporaryFolder() { std::system(("rm -rf '" + path_ + "'").c_str()); }
+    std::string File(const char *name) const { return path_ + "/" + name; }
+
+private:
+    std::string path_;
+};
+
+std::string ReadFile(const std::string &path)
+{
+    std::ifstream file(path);
+    std::stringstream content;
+    content << file.rdbuf();
+    return content.str();
+}
+
+CFRange Range(CFIndex location, CFIndex length)
+{
+    return CFRangeMake(location, length);
+}
+
+} // namespace
+
+TEST(CFStringUtilitiesTest, AllocCStringConvertsOrGivesNull)
+{
+    String cafe(MakeString("caf\xC3\xA9"));
+    char *utf8 = CFStringAllocCString(cafe.ref, kCFStringEncodingUTF8);
+    ASSERT_NE(nullptr, utf8);
+    EXPECT_STREQ("caf\xC3\xA9", utf8);
+    free(utf8);
+
+    char *roman = CFStringAllocCString(cafe.ref, kCFStringEncodingMacRoman);
+    ASSERT_NE(nullptr, roman);
+    EXPECT_STREQ("caf\x8E", roman);
+    free(roman);
+
+    EXPECT_EQ(nullptr, CFStringAllocCString(cafe.ref, kCFStringEncodingASCII));
+    EXPECT_EQ(nullptr, CFStringAllocCString(nullptr, kCFStringEncodingUTF8));
+
+    // The buffer holds two bytes per UTF-16 unit: three-byte UTF-8 characters do not fit.
+    String japanese(MakeString(u"\u65E5\u672C\u8A9E"));
+    EXPECT_EQ(nullptr, CFStringAllocCString(japanese.ref, kCFStringEncodingUTF8));
+}
+
+TEST(CFStringUtilitiesTest, ConvertableConversionsTryTheSystemEncodingFirst)
+{
+    // The system encoding holds any string (UTF-8 here), so it is the one used.
+    ASSERT_EQ(static_cast<CFStringEncoding>(kCFStringEncodingUTF8), CFStringGetSystemEncoding());
+    String cafe(MakeString("caf\xC3\xA9"));
+    char *text = CFStringAllocConvertableCString(cafe.ref);
+    ASSERT_NE(nullptr, text);
+    EXPECT_STREQ("caf\xC3\xA9", text);
+    free(text);
+
+    char buffer[16];
+    EXPECT_TRUE(CFStringGetConvertableCString(cafe.ref, buffer, sizeof buffer));
+    EXPECT_STREQ("caf\xC3\xA9", buffer);
+
+    Str255 pascal;
+    EXPECT_TRUE(CFStringGetConvertablePascalString(cafe.ref, pascal, sizeof pascal));
+    EXPECT_EQ(5, pascal[0]);
+    EXPECT_EQ(0, std::memcmp(pascal + 1, "caf\xC3\xA9", 5));
+
+    // Too small for every encoding, and bad arguments.
+    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, buffer, 3));
+    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, buffer, 0));
+    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, nullptr, 16));
+    EXPECT_FALSE(CFStringGetConvertableCString(nullptr, buffer, sizeof buffer));
+    EXPECT_FALSE(CFStringGetConvertablePascalString(cafe.ref, nullptr, 16));
+    EXPECT_EQ(nullptr, CFStringAllocConvertableCString(nullptr));
+}
+
+TEST(CFStringUtilitiesTest, ASCIICopyDropsOtherCharactersAndKeepsTheTerminator)
+{
+    String mixed(MakeString("a\xC3\xA9 b\xE2\x82\xAC" "cd"));
+    char buffer[8];
+    EXPECT_EQ(5, CFStringGetASCIICString(mixed.ref, buffer, sizeof buffer));
+    EXPECT_STREQ("a bcd", buffer);
+
+    std::memset(buffer, 'x', sizeof buffer);
+    EXPECT_EQ(3, CFStringGetASCIICString(mixed.ref, buffer, 4));
+    EXPECT_STREQ("a b", buffer);
+
+    // A one-byte buffer still takes one character, leaving no terminator.
+    std::memset(buffer, 'x', sizeof buffer);
+    EXPECT_EQ(1, CFStringGetASCIICString(mixed.ref, buffer, 1));
+    EXPECT_EQ('a', buffer[0]);
+    EXPECT_EQ('x', buffer[1]);
+
+    EXPECT_EQ(0, CFStringGetASCIICString(mixed.ref, buffer, 0));
+    EXPECT_EQ(0, CFStringGetASCIICString(mixed.ref, nullptr, 8));
+    EXPECT_EQ(0, CFStringGetASCIICString(nullptr, buffer, 8));
+
+    char *allocated = CFStringAllocASCIICString(mixed.ref);
+    ASSERT_NE(nullptr, allocated);
+    EXPECT_STREQ("a bcd", allocated);
+    free(allocated);
+    EXPECT_EQ(nullptr, CFStringAllocASCIICString(nullptr));
+}
+
+TEST(CFStringUtilitiesTest, UnicodeCharactersKeepSurrogatePairsAsUnits)
+{
+    String text(MakeString(u"a\U0001F600"));
+    UniChar *units = CFStringAllocUnicodeCharacters(text.ref);
+    ASSERT_NE(nullptr, units);
+    EXPECT_EQ(u'a', units[0]);
+    EXPECT_EQ(0xD83D, units[1]);
+    EXPECT_EQ(0xDE00, units[2]);
+    EXPECT_EQ(0, units[3]);
+    free(units);
+
+    String empty(MakeString(""));
+    units = CFStringAllocUnicodeCharacters(empty.ref);
+    ASSERT_NE(nullptr, units);
+    EXPECT_EQ(0, units[0]);
+    free(units);
+    EXPECT_EQ(nullptr, CFStringAllocUnicodeCharacters(nullptr));
+}
+
+TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
+{
+    String cafe(MakeString("caf\xC3\xA9"));
+    ByteCount consumed = 99, produced = 99;
+    OSStatus status = 99;
+    char *roman = CFStringAllocTECConvertedText(cafe.ref, kTextEncodingMacRoman, 1, &consumed, &produced, &status);
+    ASSERT_NE(nullptr, roman);
+    EXPECT_EQ(noErr, status);
+    EXPECT_EQ(8u, consumed);
+    EXPECT_EQ(4u, produced);
+    EXPECT_STREQ("caf\x8E", roman);
+    free(roman);
+
+    // A failed conversion still hands out the buffer, with what came before.
+    String mixed(MakeString(u"ab\u6F22"));
+    char *partial = CFStringAllocTECConvertedText(mixed.ref, kTextEncodingMacRoman, 0, &consumed, &produced, &status);
+    ASSERT_NE(nullptr, partial);
+    EXPECT_EQ(kTECUnmappableElementErr, status);
+    EXPECT_EQ(4u, consumed);
+    EXPECT_STREQ("ab", partial);
+    free(partial);
+
+    // An unknown destination: nothing converted, the zeroed buffer returned.
+    char *none = CFStringAllocTECConvertedText(cafe.ref, 0x7777, 0, nullptr, nullptr, &status);
+    ASSERT_NE(nullptr, none);
+    EXPECT_EQ(kTECNoConversionPathErr, status);
+    EXPECT_STREQ("", none);
+    free(none);
+
+    EXPECT_EQ(nullptr, CFStringAllocTECConvertedText(nullptr, kTextEncodingMacRoman, 1, &consumed, &produced, &status));
+    EXPECT_EQ(0, status);
+    EXPECT_EQ(0u, consumed);
+}
+
+TEST(CFStringUtilitiesTest, HFSUniStr255TakesOneTo255Units)
+{
+    HFSUniStr255 name;
+    std::memset(&name, 0xAB, sizeof name);
+    String empty(MakeString(""));
+    EXPECT_FALSE(CFStringGetHFSUniStr255(empty.ref, &name));
+    EXPECT_EQ(0, name.length);
+    EXPECT_EQ(0, name.unicode[254]);
+
+    String longest(MakeString(std::u16string(255, u'x')));
+    EXPECT_TRUE(CFStringGetHFSUniStr255(longest.ref, &name));
+    EXPECT_EQ(255, name.length);
+    EXPECT_EQ(u'x', name.unicode[254]);
+
+    String tooLong(MakeString(std::u16string(256, u'x')));
+    EXPECT_FALSE(CFStringGetHFSUniStr255(tooLong.ref, &name));
+    EXPECT_EQ(0, name.length);
+    EXPECT_EQ(0, name.unicode[0]);
+
+    String resume(MakeString("r\xC3\xA9sum\xC3\xA9"));
+    EXPECT_TRUE(CFStringGetHFSUniStr255(resume.ref, &name));
+    EXPECT_EQ(6, name.length);
+    EXPECT_EQ(0xE9, name.unicode[1]);
+    EXPECT_EQ(0, name.unicode[6]);
+    EXPECT_FALSE(CFStringGetHFSUniStr255(resume.ref, nullptr));
+    EXPECT_FALSE(CFStringGetHFSUniStr255(nullptr, &name));
+}
+
+TEST(CFStringUtilitiesTest, StringFromTextDescriptorOnly)
+{
+    AEDesc text;
+    ASSERT_EQ(noErr, AECreateDesc(typeText, "caf\x8E", 4, &text));
+    String roman(CFStringCreateWithAEDesc(&text, kCFStringEncodingMacRoman));
+    String expected(MakeString("caf\xC3\xA9"));
+    ASSERT_NE(nullptr, roman.ref);
+    EXPECT_TRUE(CFEqual(roman.ref, expected.ref));
+    AEDisposeDesc(&text);
+
+    AEDesc utf8;
+    ASSERT_EQ(noErr, AECreateDesc(typeUTF8Text, "abc", 3, &utf8));
+    EXPECT_EQ(nullptr, CFStringCreateWithAEDesc(&utf8, kCFStringEncodingUTF8));
+    AEDisposeDesc(&utf8);
+    EXPECT_EQ(nullptr, CFStringCreateWithAEDesc(nullptr, kCFStringEncodingUTF8));
+}
+
+TEST(CFStringUtilitiesTest, TestsOnCFObjects)
+{
+    String empty(MakeString(""));
+    String word(MakeString("word"));
+    int five = 5;
+    CFNumberRef number = CFNumberCreate(nullptr, kCFNumberIntType, &five);
+    EXPECT_TRUE(CFStringIsVoid(nullptr));
+    EXPECT_TRUE(CFStringIsVoid(empty.ref));
+    EXPECT_TRUE(CFStringIsVoid(reinterpret_cast<CFStringRef>(number)));
+    EXPECT_FALSE(CFStringIsVoid(word.ref));
+
+    EXPECT_EQ(nullptr, CFTypeRetain(nullptr));
+    const CFIndex before = CFGetRetainCount(number);
+    EXPECT_EQ(number, CFTypeRetain(number));
+    EXPECT_EQ(before + 1, CFGetRetainCount(number));
+    CFRelease(number);
+    CFRelease(number);
+
+    String sameWord(MakeString("word"));
+    EXPECT_TRUE(CFTypeIsEqualTo(word.ref, sameWord.ref));
+    EXPECT_FALSE(CFTypeIsEqualTo(word.ref, empty.ref));
+    EXPECT_FALSE(CFTypeIsEqualTo(word.ref, nullptr));
+    EXPECT_FALSE(CFTypeIsEqualTo(nullptr, nullptr));
+}
+
+TEST(CFStringUtilitiesTest, ExistenceOfAPath)
+{
+    TemporaryFolder folder;
+    const std::string path = folder.File("present file");
+    std::ofstream(path) << "x";
+    String present(MakeString(path.c_str()));
+    String missing(MakeString(folder.File("missing").c_str()));
+    EXPECT_TRUE(CFStringIsExist(present.ref));
+    EXPECT_FALSE(CFStringIsExist(missing.ref));
+    EXPECT_FALSE(CFStringIsExist(nullptr));
+}
+
+TEST(CFStringUtilitiesTest, ShellCommandsRunWithoutQuoting)
+{
+    TemporaryFolder folder;
+    const std::string out = folder.File("out.txt");
+
+    String exit3(MakeString("exit 3"));
+    int status = CFString_system(exit3.ref);
+    ASSERT_TRUE(WIFEXITED(status));
+    EXPECT_EQ(3, WEXITSTATUS(status));
+
+    // The parts are joined with single spaces and handed to the shell as they are.
+    String argument(MakeString("one two"));
+    String prefix(MakeString("printf '[%s]'"));
+    String suffix(MakeString(("> '" + out + "'").c_str()));
+    EXPECT_EQ(0, CFStringApplySystemCommand(argument.ref, prefix.ref, suffix.ref));
+    EXPECT_EQ("[one][two]", ReadFile(out));
+
+    String alone(MakeString(("echo caf\xC3\xA9 > '" + out + "'").c_str()));
+    EXPECT_EQ(0, CFStringApplySystemCommand(alone.ref, nullptr, nullptr));
+    EXPECT_EQ("caf\xC3\xA9\n", ReadFile(out));
+
+    EXPECT_EQ(-1, CFString_system(nullptr));
+    EXPECT_EQ(-1, CFStringApplySystemCommand(nullptr, prefix.ref, suffix.ref));
+}
+
+TEST(CFStringUtilitiesTest, RangeMovesNeverGoNegative)
+{
+    CFRange r = Range(5, 3);
+    CFRangeMove(&r, -2);
+    EXPECT_EQ(3, r.location);
+    CFRangeMove(&r, -10);
+    EXPECT_EQ(0, r.location);
+    EXPECT_EQ(3, r.length);
+
+    CFRangeMoveLeftTo(&r, 7);
+    EXPECT_EQ(7, r.location);
+    CFRangeMoveLeftTo(&r, -1);
+    EXPECT_EQ(7, r.location);
+
+    CFRangeMoveRightTo(&r, 10);
+    EXPECT_EQ(7, r.location);
+    CFRangeMoveRightTo(&r, 2);
+    EXPECT_EQ(0, r.location);
+    EXPECT_EQ(3, r.length);
+
+    CFRangeMove(nullptr, 1);
+    CFRangeMoveLeftTo(nullptr, 1);
+    CFRangeMoveRightTo(nullptr, 1);
+}
+
+TEST(CFStringUtilitiesTest, RangeResizesClampTheMovingEdge)
+{
+    CFRange r = Range(3, 5);
+    CFRangeResizeLeft(&r, 10);
+    EXPECT_EQ(0, r.location);
+    EXPECT_EQ(8, r.length);
+    r = Range(3, 5);
+    CFRangeResizeLeft(&r, -7);
+    EXPECT_EQ(8, r.location);
+    EXPECT_EQ(0, r.length);
+
+    r = Range(4, 6);
+    CFRangeResizeLeftTo(&r, -3);
+    EXPECT_EQ(0, r.location);
+    EXPECT_EQ(10, r.length);
+    r = Range(4, 6);
+    CFRangeResizeLeftTo(&r, 20);
+    EXPECT_EQ(10, r.location);
+    EXPECT_EQ(0, r.length);
+    r = Range(4, 6);
+    CFRangeResizeLeftTo(&r, 7);
+    EXPECT_EQ(7, r.location);
+    EXPECT_EQ(3, r.length);
+
+    r = Range(2, 5);
+    CFRangeResizeRight(&r, 10, 8);
+    EXPECT_EQ(2, r.location);
+    EXPECT_EQ(6, r.length);
+    r = Range(2, 5);
+    CFRangeResizeRight(&r, 10, -1);
+    EXPECT_EQ(15, r.length);
+    CFRangeResizeRight(&r, -100, -1);
+    EXPECT_EQ(0, r.length);
+    r = Range(9, 1);
+    CFRangeResizeRight(&r, 0, 4); // a limit before the location leaves nothing
+    EXPECT_EQ(0, r.length);
+
+    r = Range(4, 2);
+    CFRangeResizeRightTo(&r, 9);
+    EXPECT_EQ(5, r.length);
+    CFRangeResizeRightTo(&r, 1);
+    EXPECT_EQ(4, r.location);
+    EXPECT_EQ(0, r.length);
+
+    CFRangeResizeLeft(nullptr, 1);
+    CFRangeResizeLeftTo(nullptr, 1);
+    CFRangeResizeRight(nullptr, 1, 1);
+    CFRangeResizeRightTo(nullptr, 1);
+}
+
+TEST(CFStringUtilitiesTest, ByteStrings)
+{
+    unsigned char buffer[16] = {5, 'h', 'e', 'l', 'l', 'o', 'X'};
+    unsigned char copy[16] = {0};
+    EXPECT_TRUE(PascalStringCopy(buffer, copy));
+    EXPECT_EQ(0, std::memcmp(buffer, copy, 6));
+    EXPECT_EQ(0, copy[6]);
+
+    // Overlapping areas copy as a move.
+    EXPECT_TRUE(PascalStringCopy(buffer, buffer + 2));
+    EXPECT_EQ(0, std::memcmp(buffer + 2, "\x05hello", 6));
+    EXPECT_FALSE(PascalStringCopy(nullptr, copy));
+    EXPECT_FALSE(PascalStringCopy(copy, nullptr));
+
+    EXPECT_EQ(2u, UTF8StringGetLength("\xC3\xA9"));
+    EXPECT_EQ(0u, UTF8StringGetLength(""));
+    EXPECT_EQ(0u, UTF8StringGetLength(nullptr));
+}
