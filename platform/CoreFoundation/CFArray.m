@@ -295,7 +295,7 @@ void CFArrayApplyFunction(CFArrayRef theArray, CFRange range, CFArrayApplierFunc
         applier(CFArrayGetValueAtIndex(theArray, i), context);
 }
 
-void CFArrayInsertValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void *value)
+static void __CFArrayInsertValueAtIndexBody(CFMutableArrayRef theArray, CFIndex idx, const void *value)
 {
     if (!__CFIsMutableArray(theArray) || idx < 0 || idx > CFArrayGetCount(theArray))
         return;
@@ -309,12 +309,19 @@ void CFArrayInsertValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const vo
     [(NSMutableArray *)theArray insertObject:(id)value atIndex:(NSUInteger)idx];
 }
 
+void CFArrayInsertValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void *value)
+{
+    __CF_POOL_BEGIN
+    __CFArrayInsertValueAtIndexBody(theArray, idx, value);
+    __CF_POOL_END
+}
+
 void CFArrayAppendValue(CFMutableArrayRef theArray, const void *value)
 {
     CFArrayInsertValueAtIndex(theArray, CFArrayGetCount(theArray), value);
 }
 
-void CFArraySetValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void *value)
+static void __CFArraySetValueAtIndexBody(CFMutableArrayRef theArray, CFIndex idx, const void *value)
 {
     CFIndex count = CFArrayGetCount(theArray);
     if (!__CFIsMutableArray(theArray) || idx < 0 || idx > count)
@@ -329,11 +336,25 @@ void CFArraySetValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void 
     [(NSMutableArray *)theArray replaceObjectAtIndex:(NSUInteger)idx withObject:(id)value];
 }
 
-void CFArrayRemoveValueAtIndex(CFMutableArrayRef theArray, CFIndex idx)
+void CFArraySetValueAtIndex(CFMutableArrayRef theArray, CFIndex idx, const void *value)
+{
+    __CF_POOL_BEGIN
+    __CFArraySetValueAtIndexBody(theArray, idx, value);
+    __CF_POOL_END
+}
+
+static void __CFArrayRemoveValueAtIndexBody(CFMutableArrayRef theArray, CFIndex idx)
 {
     if (!__CFIsMutableArray(theArray) || idx < 0 || idx >= CFArrayGetCount(theArray))
         return;
     [(NSMutableArray *)theArray removeObjectAtIndex:(NSUInteger)idx];
+}
+
+void CFArrayRemoveValueAtIndex(CFMutableArrayRef theArray, CFIndex idx)
+{
+    __CF_POOL_BEGIN
+    __CFArrayRemoveValueAtIndexBody(theArray, idx);
+    __CF_POOL_END
 }
 
 void CFArrayRemoveAllValues(CFMutableArrayRef theArray)
@@ -389,7 +410,7 @@ static void __CFMergeSort(const void **values, const void **scratch, CFIndex cou
     memcpy(values, scratch, (size_t)count * sizeof(const void *));
 }
 
-void CFArraySortValues(CFMutableArrayRef theArray, CFRange range, CFComparatorFunction comparator, void *context)
+static void __CFArraySortValuesBody(CFMutableArrayRef theArray, CFRange range, CFComparatorFunction comparator, void *context)
 {
     if (!__CFIsMutableArray(theArray) || comparator == NULL || !__CFArrayRangeIsValid(theArray, range) ||
         range.length < 2)
@@ -410,6 +431,13 @@ void CFArraySortValues(CFMutableArrayRef theArray, CFRange range, CFComparatorFu
         [sorted release];
     }
     free(values);
+}
+
+void CFArraySortValues(CFMutableArrayRef theArray, CFRange range, CFComparatorFunction comparator, void *context)
+{
+    __CF_POOL_BEGIN
+    __CFArraySortValuesBody(theArray, range, comparator, context);
+    __CF_POOL_END
 }
 
 void CFArrayAppendArray(CFMutableArrayRef theArray, CFArrayRef otherArray, CFRange otherRange)

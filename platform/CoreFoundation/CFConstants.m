@@ -3,6 +3,7 @@
  * read by Foundation and one built with CF hold the same objects.  They are
  * filled in when the library loads; this file does not see the const
  * declarations of the public headers, so the storage stays writable. */
+#import <Foundation/NSAutoreleasePool.h>
 #import <Foundation/NSNull.h>
 #import <Foundation/NSValue.h>
 
@@ -13,8 +14,18 @@ const void *kCFNumberPositiveInfinity;
 const void *kCFNumberNegativeInfinity;
 const void *kCFNumberNaN;
 
-static void __attribute__((constructor)) __CFConstantsInitialize(void)
+/* Filled in from +load: by then the runtime has registered this library's
+ * selectors, which a plain constructor cannot count on. */
+@interface __KCFConstants : NSObject
+@end
+
+@implementation __KCFConstants
++ (void)load
 {
+    /* Hosts written in C or C++ never make an autorelease pool; objects that
+     * Foundation autoreleases outside the toolkit's own pools land in this
+     * one, which lives as long as the process. */
+    [[NSAutoreleasePool alloc] init];
     kCFNull = [NSNull null];
     kCFBooleanTrue = [NSNumber numberWithBool:YES];
     kCFBooleanFalse = [NSNumber numberWithBool:NO];
@@ -23,3 +34,4 @@ static void __attribute__((constructor)) __CFConstantsInitialize(void)
     kCFNumberNegativeInfinity = [[NSNumber alloc] initWithDouble:-__builtin_inf()];
     kCFNumberNaN = [[NSNumber alloc] initWithDouble:__builtin_nan("")];
 }
+@end

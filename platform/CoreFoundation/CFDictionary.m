@@ -438,7 +438,7 @@ Boolean CFDictionaryContainsValue(CFDictionaryRef theDict, const void *value)
     return CFDictionaryGetCountOfValue(theDict, value) > 0;
 }
 
-void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const void *value)
+static void __CFDictionarySetValueBody(CFMutableDictionaryRef theDict, const void *key, const void *value)
 {
     if (!__CFIsMutableDictionary(theDict))
         return;
@@ -450,6 +450,13 @@ void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const
     if (key == NULL || value == NULL)
         return;
     [(NSMutableDictionary *)theDict setObject:(id)value forKey:(id)key];
+}
+
+void CFDictionarySetValue(CFMutableDictionaryRef theDict, const void *key, const void *value)
+{
+    __CF_POOL_BEGIN
+    __CFDictionarySetValueBody(theDict, key, value);
+    __CF_POOL_END
 }
 
 void CFDictionaryAddValue(CFMutableDictionaryRef theDict, const void *key, const void *value)
@@ -464,7 +471,7 @@ void CFDictionaryReplaceValue(CFMutableDictionaryRef theDict, const void *key, c
         CFDictionarySetValue(theDict, key, value);
 }
 
-void CFDictionaryRemoveValue(CFMutableDictionaryRef theDict, const void *key)
+static void __CFDictionaryRemoveValueBody(CFMutableDictionaryRef theDict, const void *key)
 {
     if (!__CFIsMutableDictionary(theDict))
         return;
@@ -475,6 +482,13 @@ void CFDictionaryRemoveValue(CFMutableDictionaryRef theDict, const void *key)
     }
     if (key != NULL)
         [(NSMutableDictionary *)theDict removeObjectForKey:(id)key];
+}
+
+void CFDictionaryRemoveValue(CFMutableDictionaryRef theDict, const void *key)
+{
+    __CF_POOL_BEGIN
+    __CFDictionaryRemoveValueBody(theDict, key);
+    __CF_POOL_END
 }
 
 void CFDictionaryRemoveAllValues(CFMutableDictionaryRef theDict)

@@ -519,6 +519,49 @@ static NSStringCompareOptions __CFCompareOptions(CFStringCompareFlags flags)
     return options;
 }
 
+/* Numeric comparison: runs of digits compare by their value, the rest unit
+ * by unit (folded to lower case when asked). */
+static CFComparisonResult __CFCompareNumerically(NSString *a, NSString *b, NSRange range, BOOL caseless)
+{
+    NSUInteger i = range.location, end = NSMaxRange(range), j = 0, bLength = [b length];
+    while (i < end && j < bLength) {
+        unichar ca = [a characterAtIndex:i], cb = [b characterAtIndex:j];
+        if (ca >= '0' && ca <= '9' && cb >= '0' && cb <= '9') {
+            NSUInteger si = i, sj = j;
+            while (si < end && [a characterAtIndex:si] == '0')
+                si++;
+            while (sj < bLength && [b characterAtIndex:sj] == '0')
+                sj++;
+            NSUInteger ei = si, ej = sj;
+            while (ei < end && [a characterAtIndex:ei] >= '0' && [a characterAtIndex:ei] <= '9')
+                ei++;
+            while (ej < bLength && [b characterAtIndex:ej] >= '0' && [b characterAtIndex:ej] <= '9')
+                ej++;
+            if (ei - si != ej - sj)
+                return ei - si < ej - sj ? kCFCompareLessThan : kCFCompareGreaterThan;
+            for (; si < ei; si++, sj++) {
+                unichar da = [a characterAtIndex:si], db = [b characterAtIndex:sj];
+                if (da != db)
+                    return da < db ? kCFCompareLessThan : kCFCompareGreaterThan;
+            }
+            i = ei;
+            j = ej;
+            continue;
+        }
+        if (caseless) {
+            ca = ca < 0x80 && ca >= 'A' && ca <= 'Z' ? (unichar)(ca + 32) : ca;
+            cb = cb < 0x80 && cb >= 'A' && cb <= 'Z' ? (unichar)(cb + 32) : cb;
+        }
+        if (ca != cb)
+            return ca < cb ? kCFCompareLessThan : kCFCompareGreaterThan;
+        i++;
+        j++;
+    }
+    if (i < end)
+        return kCFCompareGreaterThan;
+    return j < bLength ? kCFCompareLessThan : kCFCompareEqualTo;
+}
+
 CFComparisonResult CFStringCompareWithOptions(CFStringRef theString1, CFStringRef theString2,
                                               CFRange rangeToCompare, CFStringCompareFlags compareOptions)
 {
@@ -532,7 +575,10 @@ CFComparisonResult CFStringCompareWithOptions(CFStringRef theString1, CFStringRe
     NSComparisonResult result;
     __CF_POOL_BEGIN
     NSRange range = NSMakeRange((NSUInteger)rangeToCompare.location, (NSUInteger)rangeToCompare.length);
-    if (compareOptions & kCFCompareLocalized)
+    if (compareOptions & kCFCompareNumerically)
+        result = (NSComparisonResult)__CFCompareNumerically(__CFStr(theString1), __CFStr(theString2), range,
+                                                            (compareOptions & kCFCompareCaseInsensitive) != 0);
+    else if (compareOptions & kCFCompareLocalized)
         result = [__CFStr(theString1) compare:__CFStr(theString2) options:__CFCompareOptions(compareOptions)
                                         range:range locale:[NSLocale currentLocale]];
     else
@@ -620,11 +666,18 @@ CFStringRef CFStringCreateByCombiningStrings(CFAllocatorRef alloc, CFArrayRef th
 
 /* ---- Editing ---------------------------------------------------------- */
 
-void CFStringAppend(CFMutableStringRef theString, CFStringRef appendedString)
+static void __CFStringAppendBody(CFMutableStringRef theString, CFStringRef appendedString)
 {
     if (!__CFIsMutableString(theString) || appendedString == NULL)
         return;
     [(NSMutableString *)theString appendString:__CFStr(appendedString)];
+}
+
+void CFStringAppend(CFMutableStringRef theString, CFStringRef appendedString)
+{
+    __CF_POOL_BEGIN
+    __CFStringAppendBody(theString, appendedString);
+    __CF_POOL_END
 }
 
 void CFStringAppendCharacters(CFMutableStringRef theString, const UniChar *chars, CFIndex numChars)
@@ -674,14 +727,21 @@ void CFStringAppendFormat(CFMutableStringRef theString, CFDictionaryRef formatOp
     va_end(arguments);
 }
 
-void CFStringInsert(CFMutableStringRef str, CFIndex idx, CFStringRef insertedStr)
+static void __CFStringInsertBody(CFMutableStringRef str, CFIndex idx, CFStringRef insertedStr)
 {
     if (!__CFIsMutableString(str) || insertedStr == NULL || idx < 0 || idx > CFStringGetLength(str))
         return;
     [(NSMutableString *)str insertString:__CFStr(insertedStr) atIndex:(NSUInteger)idx];
 }
 
-void CFStringDelete(CFMutableStringRef theString, CFRange range)
+void CFStringInsert(CFMutableStringRef str, CFIndex idx, CFStringRef insertedStr)
+{
+    __CF_POOL_BEGIN
+    __CFStringInsertBody(str, idx, insertedStr);
+    __CF_POOL_END
+}
+
+static void __CFStringDeleteBody(CFMutableStringRef theString, CFRange range)
 {
     if (!__CFIsMutableString(theString) || !__CFRangeIsValid(range, CFStringGetLength(theString)))
         return;
@@ -689,7 +749,14 @@ void CFStringDelete(CFMutableStringRef theString, CFRange range)
                                                                       (NSUInteger)range.length)];
 }
 
-void CFStringReplace(CFMutableStringRef theString, CFRange range, CFStringRef replacement)
+void CFStringDelete(CFMutableStringRef theString, CFRange range)
+{
+    __CF_POOL_BEGIN
+    __CFStringDeleteBody(theString, range);
+    __CF_POOL_END
+}
+
+static void __CFStringReplaceBody(CFMutableStringRef theString, CFRange range, CFStringRef replacement)
 {
     if (!__CFIsMutableString(theString) || replacement == NULL ||
         !__CFRangeIsValid(range, CFStringGetLength(theString)))
@@ -699,14 +766,28 @@ void CFStringReplace(CFMutableStringRef theString, CFRange range, CFStringRef re
                                                 withString:__CFStr(replacement)];
 }
 
-void CFStringReplaceAll(CFMutableStringRef theString, CFStringRef replacement)
+void CFStringReplace(CFMutableStringRef theString, CFRange range, CFStringRef replacement)
+{
+    __CF_POOL_BEGIN
+    __CFStringReplaceBody(theString, range, replacement);
+    __CF_POOL_END
+}
+
+static void __CFStringReplaceAllBody(CFMutableStringRef theString, CFStringRef replacement)
 {
     if (!__CFIsMutableString(theString) || replacement == NULL)
         return;
     [(NSMutableString *)theString setString:__CFStr(replacement)];
 }
 
-CFIndex CFStringFindAndReplace(CFMutableStringRef theString, CFStringRef stringToFind, CFStringRef replacementString,
+void CFStringReplaceAll(CFMutableStringRef theString, CFStringRef replacement)
+{
+    __CF_POOL_BEGIN
+    __CFStringReplaceAllBody(theString, replacement);
+    __CF_POOL_END
+}
+
+static CFIndex __CFStringFindAndReplaceBody(CFMutableStringRef theString, CFStringRef stringToFind, CFStringRef replacementString,
                                CFRange rangeToSearch, CFStringCompareFlags compareOptions)
 {
     if (!__CFIsMutableString(theString) || stringToFind == NULL || replacementString == NULL ||
@@ -719,6 +800,16 @@ CFIndex CFStringFindAndReplace(CFMutableStringRef theString, CFStringRef stringT
                                                            range:NSMakeRange((NSUInteger)rangeToSearch.location,
                                                                              (NSUInteger)rangeToSearch.length)];
     return (CFIndex)count;
+}
+
+CFIndex CFStringFindAndReplace(CFMutableStringRef theString, CFStringRef stringToFind, CFStringRef replacementString,
+                               CFRange rangeToSearch, CFStringCompareFlags compareOptions)
+{
+    CFIndex result;
+    __CF_POOL_BEGIN
+    result = __CFStringFindAndReplaceBody(theString, stringToFind, replacementString, rangeToSearch, compareOptions);
+    __CF_POOL_END
+    return result;
 }
 
 void CFStringPad(CFMutableStringRef theString, CFStringRef padString, CFIndex length, CFIndex indexIntoPad)

@@ -1,0 +1,200 @@
+// The runtime: ownership, type IDs, equality, NULL tolerance, numbers,
+// data, UUIDs and CFShow's output.
+#include <CoreFoundation/CoreFoundation.h>
+#include <gtest/gtest.h>
+
+#include <cmath>
+#include <cstdio>
+#include <cstring>
+#include <string>
+
+#include <fcntl.h>
+#include <unistd.h>
+
+namespace {
+
+TEST(CFBase, OwnershipFollowsCreateRetainRelease)
+{
+    CFStringRef s = CFStringCreateWithCString(nullptr, "owned", kCFStringEncodingASCII);
+    ASSERT_NE(s, nullptr);
+    CFIndex start = CFGetRetainCount(s);
+    EXPECT_EQ(CFRetain(s), s);
+    EXPECT_EQ(CFGetRetainCount(s), start + 1);
+    CFRelease(s);
+    EXPECT_EQ(CFGetRetainCount(s), start);
+    CFRelease(s);
+
+    // NULL is a caller error, reported but never fatal.
+    EXPECT_EQ(CFRetain(nullptr), nullptr);
+    CFRelease(nullptr);
+    EXPECT_EQ(CFGetRetainCount(nullptr), 0);
+    EXPECT_EQ(CFGetTypeID(nullptr), 0u);
+    EXPECT_FALSE(CFEqual(nullptr, nullptr));
+    EXPECT_FALSE(CFEqual(CFSTR("a"), nullptr));
+    EXPECT_EQ(CFHash(nullptr), 0u);
+    EXPECT_EQ(CFCopyDescription(nullptr), nullptr);
+}
+
+TEST(CFBase, EveryBridgedObjectAnswersItsTypeID)
+{
+    const UInt8 bytes[] = {1, 2, 3};
+    int value = 7;
+    CFTypeRef objects[] = {
+        CFStringCreateWithCString(nullptr, "s", kCFStringEncodingASCII),
+        CFStringCreateMutable(nullptr, 0),
+        CFDataCreate(nullptr, bytes, 3),
+        CFDataCreateMutable(nullptr, 0),
+        CFNumberCreate(nullptr, kCFNumberIntType, &value),
+        CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks),
+        CFArrayCreateMutable(nullptr, 0, nullptr),
+        CFDictionaryCreate(nullptr, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks),
+        CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr),
+        CFUUIDCreate(nullptr),
+        CFURLCreateWithString(nullptr, CFSTR("http://example.org/"), nullptr),
+    };
+    const CFTypeID expected[] = {
+        CFStringGetTypeID(), CFStringGetTypeID(), CFDataGetTypeID(),       CFDataGetTypeID(),
+        CFNumberGetTypeID(), CFArrayGetTypeID(),  CFArrayGetTypeID(),      CFDictionaryGetTypeID(),
+        CFDictionaryGetTypeID(), CFUUIDGetTypeID(), CFURLGetTypeID(),
+    };
+    for (size_t i = 0; i < sizeof objects / sizeof objects[0]; i++) {
+        ASSERT_NE(objects[i], nullptr) << i;
+        EXPECT_EQ(CFGetTypeID(objects[i]), expected[i]) << i;
+        CFRelease(objects[i]);
+    }
+    EXPECT_EQ(CFGetTypeID(CFSTR("constant")), CFStringGetTypeID());
+    EXPECT_EQ(CFGetTypeID(kCFBooleanTrue), CFBooleanGetTypeID());
+    EXPECT_EQ(CFGetTypeID(kCFBooleanFalse), CFBooleanGetTypeID());
+    EXPECT_EQ(CFGetTypeID(kCFNull), CFNullGetTypeID());
+    EXPECT_EQ(CFGetTypeID(CFBundleGetMainBundle()), CFBundleGetTypeID());
+
+    CFStringRef name = CFCopyTypeIDDescription(CFStringGetTypeID());
+    EXPECT_TRUE(CFEqual(name, CFSTR("CFString")));
+    CFRelease(name);
+    EXPECT_EQ(CFCopyTypeIDDescription(9999), nullptr);
+}
+
+TEST(CFBase, NumbersKeepTheirTypeAndReportLoss)
+{
+    SInt32 big = 70000;
+    CFNumberRef n = CFNumberCreate(nullptr, kCFNumberSInt32Type, &big);
+    EXPECT_EQ(CFNumberGetType(n), kCFNumberSInt32Type);
+    EXPECT_FALSE(CFNumberIsFloatType(n));
+    SInt16 small = 0;
+    EXPECT_FALSE(CFNumberGetValue(n, kCFNumberSInt16Type, &small));  // 70000 does not fit
+    SInt64 wide = 0;
+    EXPECT_TRUE(CFNumberGetValue(n, kCFNumberSInt64Type, &wide));
+    EXPECT_EQ(wide, 70000);
+    double d = 0;
+    EXPECT_TRUE(CFNumberGetValue(n, kCFNumberDoubleType, &d));
+    EXPECT_EQ(d, 70000.0);
+
+    double half = 2.5;
+    CFNumberRef f = CFNumberCreate(nullptr, kCFNumberDoubleType, &half);
+    EXPECT_TRUE(CFNumberIsFloatType(f));
+    int truncated = 0;
+    EXPECT_FALSE(CFNumberGetValue(f, kCFNumberIntType, &truncated));
+    EXPECT_EQ(truncated, 2);
+    EXPECT_EQ(CFNumberCompare(n, f, nullptr), kCFCompareGreaterThan);
+    EXPECT_EQ(CFNumberCreate(nullptr, kCFNumberIntType, nullptr), nullptr);
+    EXPECT_FALSE(CFNumberGetValue(nullptr, kCFNumberIntType, &truncated));
+    CFRelease(n);
+    CFRelease(f);
+
+    EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
+    EXPECT_FALSE(CFBooleanGetValue(kCFBooleanFalse));
+    EXPECT_FALSE(CFBooleanGetValue(nullptr));
+    double inf = 0;
+    CFNumberGetValue(kCFNumberPositiveInfinity, kCFNumberDoubleType, &inf);
+    EXPECT_TRUE(std::isinf(inf));
+}
+
+TEST(CFBase, DataCopiesAndEdits)
+{
+    const UInt8 bytes[] = {'a', 'b', 'c', 'd'};
+    CFDataRef d = CFDataCreate(nullptr, bytes, 4);
+    EXPECT_EQ(CFDataGetLength(d), 4);
+    UInt8 out[2] = {};
+    CFDataGetBytes(d, CFRangeMake(1, 2), out);
+    EXPECT_EQ(out[0], 'b');
+    CFDataGetBytes(d, CFRangeMake(3, 5), out);  // out of range: untouched
+    EXPECT_EQ(out[0], 'b');
+
+    CFMutableDataRef m = CFDataCreateMutableCopy(nullptr, 0, d);
+    CFDataAppendBytes(m, bytes, 2);
+    CFDataReplaceBytes(m, CFRangeMake(0, 1), reinterpret_cast<const UInt8 *>("XY"), 2);
+    CFDataDeleteBytes(m, CFRangeMake(5, 1));
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(m)), CFDataGetLength(m)), "XYbcdb");
+    CFDataSetLength(m, 2);
+    EXPECT_EQ(CFDataGetLength(m), 2);
+
+    // The source is independent of its mutable copy, and immutable data refuses edits.
+    CFDataAppendBytes((CFMutableDataRef)d, bytes, 1);
+    EXPECT_EQ(CFDataGetLength(d), 4);
+    EXPECT_EQ(CFDataCreate(nullptr, nullptr, 3), nullptr);
+    EXPECT_EQ(CFDataGetBytePtr(nullptr), nullptr);
+    CFRelease(m);
+    CFRelease(d);
+
+    UInt8 *owned = static_cast<UInt8 *>(malloc(3));
+    std::memcpy(owned, "xyz", 3);
+    CFDataRef adopted = CFDataCreateWithBytesNoCopy(nullptr, owned, 3, kCFAllocatorMalloc);
+    EXPECT_EQ(CFDataGetBytePtr(adopted), owned);
+    CFRelease(adopted);  // frees owned
+}
+
+TEST(CFBase, UUIDsRoundTripThroughText)
+{
+    CFUUIDRef a = CFUUIDCreate(nullptr);
+    CFStringRef text = CFUUIDCreateString(nullptr, a);
+    ASSERT_EQ(CFStringGetLength(text), 36);
+    CFUUIDRef b = CFUUIDCreateFromString(nullptr, text);
+    EXPECT_TRUE(CFEqual(a, b));
+    CFUUIDBytes raw = CFUUIDGetUUIDBytes(a);
+    CFUUIDRef c = CFUUIDCreateFromUUIDBytes(nullptr, raw);
+    EXPECT_TRUE(CFEqual(a, c));
+
+    CFUUIDRef fixed = CFUUIDCreateWithBytes(nullptr, 0x68, 0x75, 0x3A, 0x44, 0x4D, 0x6F, 0x12, 0x26, 0x9C, 0x60, 0x2D,
+                                            0x86, 0x65, 0x0D, 0xE0, 0x3E);
+    CFStringRef fixedText = CFUUIDCreateString(nullptr, fixed);
+    EXPECT_TRUE(CFEqual(fixedText, CFSTR("68753A44-4D6F-1226-9C60-2D86650DE03E")));
+    CFUUIDRef k1 = CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
+    CFUUIDRef k2 = CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
+    EXPECT_EQ(k1, k2);
+    EXPECT_EQ(CFUUIDCreateFromString(nullptr, CFSTR("not-a-uuid")), nullptr);
+    EXPECT_EQ(CFUUIDCreateString(nullptr, nullptr), nullptr);
+    for (CFTypeRef o : {(CFTypeRef)a, (CFTypeRef)b, (CFTypeRef)c, (CFTypeRef)fixed, (CFTypeRef)text, (CFTypeRef)fixedText})
+        CFRelease(o);
+}
+
+// CFShow writes to standard error; capture it through a pipe.
+std::string CaptureShow(CFTypeRef object)
+{
+    int fds[2];
+    if (pipe(fds) != 0)
+        return "";
+    fflush(stderr);
+    int saved = dup(2);
+    dup2(fds[1], 2);
+    CFShow(object);
+    fflush(stderr);
+    dup2(saved, 2);
+    close(saved);
+    close(fds[1]);
+    char buffer[512];
+    ssize_t n = read(fds[0], buffer, sizeof buffer - 1);
+    close(fds[0]);
+    return std::string(buffer, n > 0 ? n : 0);
+}
+
+TEST(CFBase, ShowWritesToStandardError)
+{
+    EXPECT_EQ(CaptureShow(CFSTR("shown text")), "shown text\n");
+    EXPECT_EQ(CaptureShow(nullptr), "(null)\n");
+    int value = 12;
+    CFNumberRef n = CFNumberCreate(nullptr, kCFNumberIntType, &value);
+    EXPECT_EQ(CaptureShow(n), "12\n");
+    CFRelease(n);
+}
+
+}  // namespace
