@@ -1,0 +1,57 @@
+#include <KORU/Lockable.h>
+
+#include <gtest/gtest.h>
+
+#include <memory>
+#include <thread>
+#include <vector>
+
+namespace {
+
+TEST(LockableImpl, TheHoldingThreadMayLockAgain)
+{
+    std::unique_ptr<ILockable> lock(new LockableImpl);
+    lock->Lock();
+    lock->Lock();
+    lock->Unlock();
+    lock->Unlock();
+
+    // Fully released, another thread can take it.
+    bool taken = false;
+    std::thread other([&] {
+        lock->Lock();
+        taken = true;
+        lock->Unlock();
+    });
+    other.join();
+    EXPECT_TRUE(taken);
+}
+
+TEST(LockableImpl, ExcludesOtherThreads)
+{
+    LockableImpl lock;
+    long counter = 0;
+    const int threads = 4;
+    const int rounds = 20000;
+    std::vector<std::thread> workers;
+    for (int t = 0; t < threads; ++t) {
+        workers.emplace_back([&] {
+            for (int i = 0; i < rounds; ++i) {
+                lock.Lock();
+                lock.Lock();
+                // A read, a yield and a write: lost updates without the lock.
+                long seen = counter;
+                if (i % 1000 == 0)
+                    std::this_thread::yield();
+                counter = seen + 1;
+                lock.Unlock();
+                lock.Unlock();
+            }
+        });
+    }
+    for (std::thread &worker : workers)
+        worker.join();
+    EXPECT_EQ(counter, long(threads) * rounds);
+}
+
+} // namespace
