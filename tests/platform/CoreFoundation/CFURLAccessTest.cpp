@@ -1,0 +1,248 @@
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <sys/stat.h>
+#include <unistd.h>
+
+namespace {
+
+class URLAccessTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/koru-urlaccess-XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        folder_ = pattern;
+    }
+    void TearDown() override { std::system(("rm -rf '" + folder_ + "'").c_str()); }
+
+    std::string Path(const std::string &name) const { return folder_ + "/" + name; }
+
+    // A file URL released when the test ends.
+    CFURLRef URL(const std::string &name, bool isDirectory = false)
+    {
+        CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+            nullptr, reinterpret_cast<const UInt8 *>(Path(name).c_str()), static_cast<CFIndex>(Path(name).size()),
+            isDirectory);
+        owned_.push_back(url);
+        return url;
+    }
+    ~URLAccessTest() override
+    {
+        for (CFTypeRef object : owned_)
+            if (object != nullptr)
+                CFRelease(object);
+    }
+
+    static std::string Read(const std::string &path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        std::stringstream content;
+        content << file.rdbuf();
+        return content.str();
+    }
+    static void Write(const std::string &path, const std::string &content)
+    {
+        std::ofstream(path, std::ios::binary) << content;
+    }
+    static mode_t ModeOf(const std::string &path)
+    {
+        struct stat info;
+        return stat(path.c_str(), &info) == 0 ? (info.st_mode & 07777) : 0;
+    }
+    static long NumberValue(CFTypeRef number)
+    {
+        long value = -1;
+        CFNumberGetValue(static_cast<CFNumberRef>(number), kCFNumberLongType, &value);
+        return value;
+    }
+    static CFDataRef Data(const std::string &bytes)
+    {
+        return CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), static_cast<CFIndex>(bytes.size()));
+    }
+    static CFDictionaryRef OneProperty(CFStringRef key, long value)
+    {
+        CFNumberRef number = CFNumberCreate(nullptr, kCFNumberLongType, &value);
+        const void *keys[] = {key};
+        const void *values[] = {number};
+        CFDictionaryRef properties = CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
+                                                        &kCFTypeDictionaryValueCallBacks);
+        CFRelease(number);
+        return properties;
+    }
+
+    std::string folder_;
+    std::vector<CFTypeRef> owned_;
+};
+
+} // namespace
+
+TEST_F(URLAccessTest, ReadsDataAndPropertiesOfAFile)
+{
+    Write(Path("notes.txt"), std::string("line\0two", 8));
+    chmod(Path("notes.txt").c_str(), 0640);
+
+    CFDataRef data = nullptr;
+    CFDictionaryRef properties = nullptr;
+    SInt32 error = 99;
+    ASSERT_TRUE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("notes.txt"), &data, &properties, nullptr, &error));
+    EXPECT_EQ(0, error);
+    ASSERT_NE(nullptr, data);
+    EXPECT_EQ(8, CFDataGetLength(data));
+    EXPECT_EQ(0, memcmp("line\0two", CFDataGetBytePtr(data), 8));
+    CFRelease(data);
+
+    ASSERT_NE(nullptr, properties);
+    EXPECT_EQ(kCFBooleanTrue, CFDictionaryGetValue(properties, kCFURLFileExists));
+    EXPECT_EQ(8, NumberValue(CFDictionaryGetValue(properties, kCFURLFileLength)));
+    EXPECT_EQ(0640, NumberValue(CFDictionaryGetValue(properties, kCFURLFilePOSIXMode)));
+    EXPECT_EQ(static_cast<long>(geteuid()), NumberValue(CFDictionaryGetValue(properties, kCFURLFileOwnerID)));
+    EXPECT_NE(nullptr, CFDictionaryGetValue(properties, kCFURLFileLastModificationTime));
+    EXPECT_EQ(nullptr, CFDictionaryGetValue(properties, kCFURLFileDirectoryContents));
+    CFRelease(properties);
+
+    // Only the properties asked for.
+    const void *wanted[] = {kCFURLFilePOSIXMode};
+    CFArrayRef desired = CFArrayCreate(nullptr, wanted, 1, &kCFTypeArrayCallBacks);
+    ASSERT_TRUE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("notes.txt"), nullptr, &properties, desired, &error));
+    EXPECT_EQ(1, CFDictionaryGetCount(properties));
+    CFRelease(properties);
+    CFRelease(desired);
+}
+
+TEST_F(URLAccessTest, FolderContentsAndMissingObjects)
+{
+    mkdir(Path("dir").c_str(), 0755);
+    mkdir(Path("dir/sub").c_str(), 0755);
+    Write(Path("dir/b.txt"), "b");
+    Write(Path("dir/a.txt"), "a");
+
+    CFTypeRef contents = CFURLCreatePropertyFromResource(nullptr, URL("dir", true), kCFURLFileDirectoryContents, nullptr);
+    ASSERT_NE(nullptr, contents);
+    ASSERT_EQ(3, CFArrayGetCount(static_cast<CFArrayRef>(contents)));
+    CFURLRef first = static_cast<CFURLRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(contents), 0));
+    CFURLRef last = static_cast<CFURLRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(contents), 2));
+    CFStringRef firstName = CFURLCopyLastPathComponent(first);
+    EXPECT_EQ(kCFCompareEqualTo, CFStringCompare(firstName, CFSTR("a.txt"), 0));
+    EXPECT_TRUE(CFURLHasDirectoryPath(last));
+    CFRelease(firstName);
+    CFRelease(contents);
+
+    CFDataRef data = reinterpret_cast<CFDataRef>(1);
+    CFDictionaryRef properties = nullptr;
+    SInt32 error = 0;
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("missing"), &data, &properties, nullptr, &error));
+    EXPECT_EQ(kCFURLResourceNotFoundError, error);
+    EXPECT_EQ(nullptr, data);
+    ASSERT_NE(nullptr, properties);
+    EXPECT_EQ(kCFBooleanFalse, CFDictionaryGetValue(properties, kCFURLFileExists));
+    CFRelease(properties);
+
+    // Reading a folder's data is refused.
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("dir", true), &data, nullptr, nullptr, &error));
+    EXPECT_NE(0, error);
+}
+
+TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
+{
+    CFDataRef first = Data("first version");
+    SInt32 error = 99;
+    ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), first, nullptr, &error));
+    EXPECT_EQ(0, error);
+    EXPECT_EQ("first version", Read(Path("doc.txt")));
+
+    chmod(Path("doc.txt").c_str(), 0604);
+    CFDataRef second = Data("second");
+    ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), second, nullptr, &error));
+    EXPECT_EQ("second", Read(Path("doc.txt")));
+    EXPECT_EQ(0604u, ModeOf(Path("doc.txt")));
+
+    // Through a symbolic link the file it points to is written; the link stays.
+    ASSERT_EQ(0, symlink(Path("doc.txt").c_str(), Path("link").c_str()));
+    ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("link"), first, nullptr, &error));
+    struct stat info;
+    ASSERT_EQ(0, lstat(Path("link").c_str(), &info));
+    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    EXPECT_EQ("first version", Read(Path("doc.txt")));
+
+    // A directory URL given data makes the folder.
+    ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("made", true), first, nullptr, &error));
+    ASSERT_EQ(0, stat(Path("made").c_str(), &info));
+    EXPECT_TRUE(S_ISDIR(info.st_mode));
+
+    // A write that cannot happen leaves nothing behind.
+    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("no/such/file"), first, nullptr, &error));
+    EXPECT_EQ(kCFURLResourceNotFoundError, error);
+    CFRelease(first);
+    CFRelease(second);
+
+    CFTypeRef contents = CFURLCreatePropertyFromResource(nullptr, URL("", true), kCFURLFileDirectoryContents, nullptr);
+    ASSERT_NE(nullptr, contents);
+    EXPECT_EQ(3, CFArrayGetCount(static_cast<CFArrayRef>(contents))); // doc.txt, link, made: no temporary files
+    CFRelease(contents);
+}
+
+TEST_F(URLAccessTest, WritesModeAndOwnerProperties)
+{
+    Write(Path("file"), "content");
+    CFDictionaryRef mode = OneProperty(kCFURLFilePOSIXMode, 0751);
+    SInt32 error = 99;
+    EXPECT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, mode, &error));
+    EXPECT_EQ(0, error);
+    EXPECT_EQ(0751u, ModeOf(Path("file")));
+    EXPECT_EQ("content", Read(Path("file")));
+    CFRelease(mode);
+
+    CFDictionaryRef sameOwner = OneProperty(kCFURLFileOwnerID, static_cast<long>(geteuid()));
+    EXPECT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, sameOwner, &error));
+    CFRelease(sameOwner);
+
+    // Giving a file away needs privileges.
+    CFDictionaryRef otherOwner = OneProperty(kCFURLFileOwnerID, 4242);
+    const bool changed = CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, otherOwner, &error);
+    struct stat info;
+    stat(Path("file").c_str(), &info);
+    if (geteuid() == 0) {
+        EXPECT_TRUE(changed);
+        EXPECT_EQ(4242u, info.st_uid);
+    } else {
+        EXPECT_FALSE(changed);
+        EXPECT_EQ(kCFURLResourceAccessViolationError, error);
+        EXPECT_EQ(geteuid(), info.st_uid);
+    }
+    CFRelease(otherOwner);
+
+    CFDictionaryRef unknown = OneProperty(CFSTR("kCFURLFileLength"), 3);
+    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, unknown, &error));
+    EXPECT_EQ(kCFURLUnknownPropertyKeyError, error);
+    CFDictionaryRef onMissing = OneProperty(kCFURLFilePOSIXMode, 0600);
+    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("missing"), nullptr, onMissing, &error));
+    EXPECT_EQ(kCFURLResourceNotFoundError, error);
+    CFRelease(unknown);
+    CFRelease(onMissing);
+}
+
+TEST_F(URLAccessTest, BadArgumentsAndOtherSchemes)
+{
+    SInt32 error = 0;
+    CFDataRef data = nullptr;
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, nullptr, &data, nullptr, nullptr, &error));
+    EXPECT_EQ(kCFURLImproperArgumentsError, error);
+    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(nullptr, nullptr, nullptr, &error));
+
+    CFURLRef web = CFURLCreateWithString(nullptr, CFSTR("http://127.0.0.1/x"), nullptr);
+    EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, web, &data, nullptr, nullptr, &error));
+    EXPECT_EQ(kCFURLUnknownSchemeError, error);
+    CFRelease(web);
+
+    Write(Path("gone"), "x");
+    EXPECT_TRUE(CFURLDestroyResource(URL("gone"), &error));
+    EXPECT_NE(0, access(Path("gone").c_str(), F_OK));
+    EXPECT_FALSE(CFURLDestroyResource(URL("gone"), &error));
+    EXPECT_EQ(kCFURLResourceNotFoundError, error);
+}
