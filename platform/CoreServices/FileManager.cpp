@@ -103,11 +103,16 @@ extern "C" OSErr FSCreateDirectoryUnicode(const FSRef *parentRef, UniCharCount n
                                           const FSCatalogInfo *catalogInfo, FSRef *newRef,
                                           FSSpecPtr newSpec, UInt32 *newDirID)
 {
+    // newRef may be the parent's own buffer: keep the parent before clearing.
+    FSRef parent;
+    if (parentRef)
+        parent = *parentRef;
     ClearOut(newRef, newSpec);
     if (newDirID)
         *newDirID = 0;
     if (!parentRef)
         return paramErr;
+    parentRef = &parent;
     try {
         std::string path;
         const OSErr status = ChildPath(parentRef, nameLength, name, path);
@@ -126,7 +131,13 @@ extern "C" OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLe
                                      const FSCatalogInfo *catalogInfo, FSRef *newRef,
                                      FSSpecPtr newSpec)
 {
+    FSRef parent;
+    if (parentRef)
+        parent = *parentRef; // newRef may be the same buffer
     ClearOut(newRef, newSpec);
+    if (!parentRef)
+        return paramErr;
+    parentRef = &parent;
     if (!parentRef)
         return paramErr;
     try {
@@ -177,9 +188,11 @@ extern "C" OSErr FSpDelete(const FSSpec *spec)
 extern "C" OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, const UniChar *name,
                                  TextEncoding, FSRef *newRef)
 {
-    ClearOut(newRef, nullptr);
     if (!ref)
         return paramErr;
+    const FSRef refCopy = *ref; // newRef may be the same buffer
+    ref = &refCopy;
+    ClearOut(newRef, nullptr);
     try {
         Node node;
         std::string leaf;
@@ -198,9 +211,12 @@ extern "C" OSErr FSRenameUnicode(const FSRef *ref, UniCharCount nameLength, cons
 
 extern "C" OSErr FSMoveObject(const FSRef *ref, const FSRef *destDirectory, FSRef *newRef)
 {
-    ClearOut(newRef, nullptr);
     if (!ref || !destDirectory)
         return paramErr;
+    const FSRef refCopy = *ref, folderCopy = *destDirectory; // newRef may be either buffer
+    ref = &refCopy;
+    destDirectory = &folderCopy;
+    ClearOut(newRef, nullptr);
     try {
         Node node, folder;
         OSErr status = ResolveRef(ref, node);

@@ -407,9 +407,11 @@ extern "C" OSErr FSCompareFSRefs(const FSRef *ref1, const FSRef *ref2)
 extern "C" OSErr FSMakeFSRefUnicode(const FSRef *parentRef, UniCharCount nameLength,
                                     const UniChar *nameUnicode, TextEncoding, FSRef *newRef)
 {
-    ClearRef(newRef);
     if (!parentRef || !newRef)
         return paramErr;
+    const FSRef parentCopy = *parentRef; // newRef may be the same buffer
+    parentRef = &parentCopy;
+    ClearRef(newRef);
     try {
         Node parent, node;
         std::string name;

@@ -1,0 +1,127 @@
+#include <CoreServices/Files.h>
+
+#include "FileTestSupport.h"
+
+#include <cstring>
+#include <sys/xattr.h>
+
+namespace {
+
+void Put32(std::string &image, UInt32 value)
+{
+    for (int shift = 24; shift >= 0; shift -= 8)
+        image += static_cast<char>(value >> shift);
+}
+
+// A companion as a Mac writes it: Finder information padded to 3810 bytes
+// with extended attributes, then the resource fork.
+std::string MacCompanion(const std::string &finderInfo, const std::string &fork)
+{
+    std::string image;
+    Put32(image, 0x00051607);
+    Put32(image, 0x00020000);
+    image += "Mac OS X        ";
+    image += std::string("\x00\x02", 2);
+    Put32(image, 9);
+    Put32(image, 50);
+    Put32(image, 3810);
+    Put32(image, 2);
+    Put32(image, 50 + 3810);
+    Put32(image, static_cast<UInt32>(fork.size()));
+    image += finderInfo;
+    image += std::string(3810 - finderInfo.size(), '\0');
+    image.replace(50 + 32, 4, "ATTR");
+    return image + fork;
+}
+
+FileInfo FinderInfoOf(const FSRef &ref, FSCatalogInfo *info = nullptr)
+{
+    FSCatalogInfo local;
+    FSCatalogInfo &catalog = info ? *info : local;
+    FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes, &catalog, nullptr, nullptr, nullptr);
+    FileInfo finder;
+    std::memcpy(&finder, catalog.finderInfo, sizeof finder);
+    return finder;
+}
+
+TEST(AppleDouble, ReadsCompanionsWrittenByAMac)
+{
+    TemporaryFolder folder;
+    WriteFile(folder / "Report", "data");
+    std::string finder("APPLMSWD\x01\x00", 10);
+    finder.resize(32, '\0');
+    WriteFile(folder / "._Report", MacCompanion(finder, std::string(300, 'r')));
+
+    FSCatalogInfo info;
+    const FileInfo read = FinderInfoOf(RefAt(folder / "Report"), &info);
+    EXPECT_EQ(0x4150504Cu, read.fileType);    // 'APPL'
+    EXPECT_EQ(0x4D535744u, read.fileCreator); // 'MSWD'
+    EXPECT_EQ(0x0100, read.finderFlags);
+    EXPECT_EQ(300u, info.rsrcLogicalSize);
+
+    // Changing the Finder information keeps the resource fork.
+    FSCatalogInfo change{};
+    FileInfo updated = read;
+    updated.fileType = 0x54455854; // 'TEXT'
+    std::memcpy(change.finderInfo, &updated, sizeof updated);
+    const FSRef report = RefAt(folder / "Report");
+    ASSERT_EQ(noErr, FSSetCatalogInfo(&report, kFSCatInfoFinderInfo, &change));
+    EXPECT_EQ(0x54455854u, FinderInfoOf(report, &info).fileType);
+    EXPECT_EQ(300u, info.rsrcLogicalSize);
+    EXPECT_NE(std::string::npos, ReadFile(folder / "._Report").find(std::string(300, 'r')));
+
+    // A damaged companion reads as no information at all.
+    WriteFile(folder / "._Report", "not an AppleDouble file");
+    EXPECT_EQ(0u, FinderInfoOf(report, &info).fileType);
+}
+
+TEST(AppleDouble, FallsBackToNetatalkAttributes)
+{
+    TemporaryFolder folder;
+    WriteFile(folder / "shared", "x");
+    std::string finder("TEXTR*ch", 8);
+    finder.resize(32, '\0');
+    std::string metadata;
+    Put32(metadata, 0x00051607);
+    Put32(metadata, 0x00020000);
+    metadata += "Netatalk        ";
+    metadata += std::string("\x00\x01", 2);
+    Put32(metadata, 9);
+    Put32(metadata, 38);
+    Put32(metadata, 32);
+    metadata += finder;
+    if (setxattr((folder / "shared").c_str(), "user.org.netatalk.Metadata", metadata.data(), metadata.size(), 0) != 0 ||
+        setxattr((folder / "shared").c_str(), "user.org.netatalk.ResourceFork", "fork", 4, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no user attributes";
+    FSCatalogInfo info;
+    EXPECT_EQ(0x522A6368u, FinderInfoOf(RefAt(folder / "shared"), &info).fileCreator);
+    EXPECT_EQ(4u, info.rsrcLogicalSize);
+}
+
+TEST(AppleDouble, CompanionsTravelWithTheirItem)
+{
+    TemporaryFolder folder;
+    mkdir((folder / "dest").c_str(), 0755);
+    WriteFile(folder / "item", "x");
+    WriteFile(folder / "._item", MacCompanion(std::string(32, 'f'), "fork"));
+
+    FSRef item = RefAt(folder / "item"), renamed, moved;
+    const auto newName = Units(u"renamed");
+    ASSERT_EQ(noErr, FSRenameUnicode(&item, newName.size(), newName.data(), 0, &renamed));
+    EXPECT_FALSE(Exists(folder / "._item"));
+    EXPECT_TRUE(Exists(folder / "._renamed"));
+
+    const FSRef dest = RefAt(folder / "dest");
+    ASSERT_EQ(noErr, FSMoveObject(&renamed, &dest, &moved));
+    EXPECT_FALSE(Exists(folder / "._renamed"));
+    EXPECT_TRUE(Exists(folder / "dest/._renamed"));
+    EXPECT_EQ(folder / "dest/renamed", PathOf(moved));
+
+    ASSERT_EQ(noErr, FSDeleteObject(&moved));
+    EXPECT_FALSE(Exists(folder / "dest/renamed"));
+    EXPECT_FALSE(Exists(folder / "dest/._renamed"));
+    // The folder is empty now, so it goes too.
+    EXPECT_EQ(noErr, FSDeleteObject(&dest));
+}
+
+} // namespace

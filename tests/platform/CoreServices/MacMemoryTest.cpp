@@ -1,0 +1,64 @@
+#include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+
+namespace {
+
+TEST(MacMemory, HandlesKeepTheirBytesAcrossResizing)
+{
+    Handle h = NewHandle(4);
+    ASSERT_NE(nullptr, h);
+    ASSERT_NE(nullptr, *h);
+    EXPECT_EQ(4, GetHandleSize(h));
+    std::memcpy(*h, "abcd", 4);
+    SetHandleSize(h, 100000);
+    ASSERT_EQ(noErr, MemError());
+    EXPECT_EQ(100000, GetHandleSize(h));
+    EXPECT_EQ(0, std::memcmp(*h, "abcd", 4));
+    EXPECT_EQ(0, (*h)[99999]);
+    SetHandleSize(h, 2);
+    EXPECT_EQ(0, std::memcmp(*h, "ab", 2));
+
+    Handle copy = h;
+    ASSERT_EQ(noErr, HandToHand(&copy));
+    EXPECT_NE(h, copy);
+    EXPECT_EQ(2, GetHandleSize(copy));
+    DisposeHandle(copy);
+    DisposeHandle(h);
+
+    Handle clear = NewHandleClear(16);
+    EXPECT_EQ(std::string(16, '\0'), std::string(*clear, 16));
+    HLock(clear);
+    EXPECT_TRUE(HGetState(clear) & 0x80);
+    HUnlock(clear);
+    EXPECT_FALSE(HGetState(clear) & 0x80);
+    DisposeHandle(clear);
+}
+
+TEST(MacMemory, BadArgumentsAreReportedNotFollowed)
+{
+    EXPECT_EQ(nullptr, NewHandle(-1));
+    EXPECT_EQ(memFullErr, MemError());
+    EXPECT_EQ(0, GetHandleSize(nullptr));
+    EXPECT_EQ(nilHandleErr, MemError());
+    SetHandleSize(nullptr, 10);
+    DisposeHandle(nullptr);
+    EXPECT_EQ(nilHandleErr, MemError());
+    Handle h = nullptr;
+    EXPECT_EQ(paramErr, PtrToHand(nullptr, &h, 5));
+    EXPECT_EQ(nullptr, h);
+    EXPECT_EQ(paramErr, HandToHand(nullptr));
+
+    Ptr p = NewPtrClear(10);
+    ASSERT_NE(nullptr, p);
+    EXPECT_EQ(10, GetPtrSize(p));
+    BlockMoveData("xyz", p, 3);
+    EXPECT_STREQ("xyz", p);
+    DisposePtr(p);
+    DisposePtr(nullptr);
+}
+
+} // namespace
