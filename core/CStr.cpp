@@ -99,6 +99,11 @@ void ReplaceForward(T *target, const T *source, int length, const std::vector<in
 // The C library's functions for each character type.
 const char *FindChar(const char *s, char ch) { return std::strchr(s, ch); }
 const wchar_t *FindChar(const wchar_t *s, wchar_t ch) { return std::wcschr(s, ch); }
+const char *FindInRange(const char *s, char ch, size_t n)
+{
+    return static_cast<const char *>(std::memchr(s, ch, n));
+}
+const wchar_t *FindInRange(const wchar_t *s, wchar_t ch, size_t n) { return std::wmemchr(s, ch, n); }
 const char *FindText(const char *s, const char *sub) { return std::strstr(s, sub); }
 const wchar_t *FindText(const wchar_t *s, const wchar_t *sub) { return std::wcsstr(s, sub); }
 const char *FindAny(const char *s, const char *set) { return std::strpbrk(s, set); }
@@ -604,8 +609,14 @@ template <class T> int CStr<T>::Find(T ch, int start) const
     start = std::max(start, 0);
     if (GetData()->length <= start || ch == 0)
         return -1;
-    const T *p = FindChar(mText + start, ch);
-    return p == nullptr ? -1 : static_cast<int>(p - mText);
+    // The search ends at the first zero element.  Looking for ch within the
+    // length and then for a zero before the match gives that answer with
+    // the C library's fastest scans.
+    const T *from = mText + start;
+    const T *p = FindInRange(from, ch, static_cast<size_t>(GetData()->length - start));
+    if (p == nullptr || FindInRange(from, T(0), static_cast<size_t>(p - from)) != nullptr)
+        return -1;
+    return static_cast<int>(p - mText);
 }
 
 template <class T> int CStr<T>::Find(const T *sub) const

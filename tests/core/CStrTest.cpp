@@ -154,6 +154,12 @@ TEST(CStr, SearchesStayWithinTheText)
     EXPECT_EQ(CStr<char>().Find('a'), -1);
     EXPECT_EQ(CStr<char>().Find(""), -1);
 
+    // Searches forward end at the first zero element, even before the length.
+    CStr<char> pieces("ab\0cb", 5);
+    EXPECT_EQ(pieces.Find('b'), 1);
+    EXPECT_EQ(pieces.Find('c'), -1);
+    EXPECT_EQ(pieces.Find("cb"), -1);
+
     CStr<char> aba("aba");
     EXPECT_EQ(aba.ReverseFind('a', 1), 0);
     EXPECT_EQ(aba.ReverseFind('a'), 2);
