@@ -1,0 +1,30 @@
+/* KORU: the toolkit's umbrella header.
+ *
+ * C and C++ hosts get the exported C functions over CoreFoundation and
+ * Carbon types always, and the class layer when compiled as C++.
+ * Objective-C hosts also get the Foundation and AppKit extensions.  The
+ * platform headers (CoreFoundation, CoreServices, ApplicationServices) come
+ * along under their Mac names. */
+#ifndef KORU_KORU_H
+#define KORU_KORU_H
+
+#include <CoreFoundation/CoreFoundation.h>
+#include <Carbon/Carbon.h>
+
+/* Exported C functions. */
+#include <KORU/Debug.h>
+#include <KORU/LogSupport.h>
+#include <KORU/CFStringUtilities.h>
+#include <KORU/CFURLUtilities.h>
+
+/* The class layer. */
+#ifdef __cplusplus
+#include <KORU/WString.h>
+#include <KORU/CStr.h>
+#include <KORU/Lockable.h>
+#include <KORU/Utils.h>
+#include <KORU/FileLocation.h>
+#include <KORU/FileUtils.h>
+#endif
+
+#endif
