@@ -94,9 +94,9 @@ public:
      * wide text reports a length of twice the wide length, whatever the
      * converted text's own length; the text itself ends at its first zero. */
     CStr(const OtherChar *s);
-    /* At most n characters converted with the C library's locale-dependent
-     * converters (mbstowcs / wcstombs); the narrow string again reserves
-     * and reports 2n. */
+    /* At most n source characters converted with the C library's
+     * locale-dependent converters (mbstowcs / wcstombs); the narrow string
+     * reserves 2n bytes for them. */
     CStr(const OtherChar *s, int n);
     /* As from const char *. */
     CStr(const unsigned char *s);
