@@ -1,10 +1,12 @@
-/* CFBundle over NSBundle: identity, Info dictionary, and code loading.
- * Loading goes through NSBundle (so Objective-C classes of the bundle are
- * registered with Foundation) and symbols are found with dlsym on the same
- * loaded image. */
-#include "CFInternal.h"
+/* CFBundle over NSBundle: identity, Info dictionary, and code loading, for
+ * the GNUstep and the Mac bundle layouts.  Loading goes through NSBundle (so
+ * Objective-C classes of the bundle are registered with Foundation) and
+ * symbols are found with dlsym on the same loaded image; a Mac-layout
+ * executable, which NSBundle cannot find, is opened directly. */
+#include "CFBundlePrivate.h"
 #include <dlfcn.h>
 #include <limits.h>
+#include <pthread.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <unistd.h>
@@ -31,6 +33,122 @@ static BOOL __CFIsDirectory(NSString *path)
 {
     struct stat info;
     return path != nil && stat([path fileSystemRepresentation], &info) == 0 && S_ISDIR(info.st_mode);
+}
+
+static BOOL __CFIsSameFile(NSString *one, NSString *other)
+{
+    struct stat a, b;
+    return stat([one fileSystemRepresentation], &a) == 0 && stat([other fileSystemRepresentation], &b) == 0 &&
+           a.st_dev == b.st_dev && a.st_ino == b.st_ino;
+}
+
+static BOOL __CFIsRegularFile(NSString *path)
+{
+    struct stat info;
+    return path != nil && stat([path fileSystemRepresentation], &info) == 0 && S_ISREG(info.st_mode);
+}
+
+BOOL __CFBundleIsMacLayout(NSString *bundlePath)
+{
+    return __CFIsDirectory([bundlePath stringByAppendingPathComponent:@"Contents"]);
+}
+
+NSString *__CFBundleResourcesPath(NSBundle *bundle)
+{
+    NSString *path = [bundle bundlePath];
+    return [path stringByAppendingPathComponent:__CFBundleIsMacLayout(path) ? @"Contents/Resources" : @"Resources"];
+}
+
+/* Info dictionaries and created bundles are kept for the process's life,
+ * like the bundles themselves; one lock guards both tables. */
+static pthread_mutex_t __CFBundleTablesLock = PTHREAD_MUTEX_INITIALIZER;
+static NSMutableDictionary *__CFBundleInfoByPath;
+static NSMutableArray *__CFBundlesCreated;
+
+static NSDictionary *__CFBundleReadInfo(NSBundle *bundle)
+{
+    NSString *path = [bundle bundlePath];
+    if (!__CFBundleIsMacLayout(path)) {
+        NSDictionary *info = [bundle infoDictionary];
+        return info != nil ? info : [NSDictionary dictionary];
+    }
+    NSString *file = [path stringByAppendingPathComponent:@"Contents/Info.plist"];
+    CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)file, kCFURLPOSIXPathStyle, false);
+    CFDataRef data = NULL;
+    if (url != NULL) {
+        CFURLCreateDataAndPropertiesFromResource(NULL, url, &data, NULL, NULL, NULL);
+        CFRelease(url);
+    }
+    id info = nil;
+    if (data != NULL) {
+        info = [(id)CFPropertyListCreateFromXMLData(NULL, data, kCFPropertyListImmutable, NULL) autorelease];
+        CFRelease(data);
+    }
+    return [info isKindOfClass:[NSDictionary class]] ? info : [NSDictionary dictionary];
+}
+
+NSDictionary *__CFBundleInfo(NSBundle *bundle)
+{
+    NSString *key = [bundle bundlePath];
+    if (key == nil)
+        return [NSDictionary dictionary];
+    pthread_mutex_lock(&__CFBundleTablesLock);
+    NSDictionary *info = [__CFBundleInfoByPath objectForKey:key];
+    pthread_mutex_unlock(&__CFBundleTablesLock);
+    if (info != nil)
+        return info;
+
+    /* Callers of the C interface may have no autorelease pool of their own. */
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    NSDictionary *read = [__CFBundleReadInfo(bundle) retain];
+    [pool drain];
+    pthread_mutex_lock(&__CFBundleTablesLock);
+    if (__CFBundleInfoByPath == nil)
+        __CFBundleInfoByPath = [[NSMutableDictionary alloc] init];
+    info = [__CFBundleInfoByPath objectForKey:key];
+    if (info == nil) {
+        [__CFBundleInfoByPath setObject:read forKey:key];
+        info = read;
+    }
+    pthread_mutex_unlock(&__CFBundleTablesLock);
+    [read release];
+    return info;
+}
+
+NSString *__CFBundleExecutablePath(NSBundle *bundle)
+{
+    NSString *bundlePath = [bundle bundlePath];
+    NSString *path = nil;
+    if (__CFBundleIsMacLayout(bundlePath)) {
+        id name = [__CFBundleInfo(bundle) objectForKey:@"CFBundleExecutable"];
+        if (![name isKindOfClass:[NSString class]])
+            name = [[bundlePath lastPathComponent] stringByDeletingPathExtension];
+        path = [[bundlePath stringByAppendingPathComponent:@"Contents/MacOS"] stringByAppendingPathComponent:name];
+    } else {
+        path = [bundle executablePath];
+    }
+    return __CFIsRegularFile(path) ? path : nil;
+}
+
+void __CFBundleRemember(NSBundle *bundle)
+{
+    pthread_mutex_lock(&__CFBundleTablesLock);
+    if (__CFBundlesCreated == nil)
+        __CFBundlesCreated = [[NSMutableArray alloc] init];
+    if ([__CFBundlesCreated indexOfObjectIdenticalTo:bundle] == NSNotFound)
+        [__CFBundlesCreated addObject:bundle];
+    pthread_mutex_unlock(&__CFBundleTablesLock);
+}
+
+NSBundle *__CFBundleRememberedWithIdentifier(NSString *identifier)
+{
+    pthread_mutex_lock(&__CFBundleTablesLock);
+    NSArray *bundles = [[__CFBundlesCreated copy] autorelease];
+    pthread_mutex_unlock(&__CFBundleTablesLock);
+    for (NSBundle *bundle in bundles)
+        if ([[__CFBundleInfo(bundle) objectForKey:@"CFBundleIdentifier"] isEqual:identifier])
+            return bundle;
+    return nil;
 }
 
 /* Foundation gives a plain executable a bundle path that does not exist;
@@ -65,6 +183,8 @@ CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef bundleID)
     CFBundleRef result;
     __CF_POOL_BEGIN
     result = (CFBundleRef)[NSBundle bundleWithIdentifier:(NSString *)bundleID];
+    if (result == NULL)
+        result = (CFBundleRef)__CFBundleRememberedWithIdentifier((NSString *)bundleID);
     __CF_POOL_END
     return result;
 }
@@ -79,8 +199,17 @@ CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL)
         return NULL;
     CFBundleRef result = NULL;
     __CF_POOL_BEGIN
-    if (__CFIsDirectory((NSString *)path))
-        result = (CFBundleRef)[[NSBundle bundleWithPath:(NSString *)path] retain];
+    if (__CFIsDirectory((NSString *)path)) {
+        NSBundle *bundle = [NSBundle bundleWithPath:(NSString *)path];
+        /* Once a bundle's code is loaded, Foundation answers that bundle for
+         * any other folder with the same identifier; no bundle beats the
+         * wrong one. */
+        if (bundle != nil && !__CFIsSameFile([bundle bundlePath], (NSString *)path))
+            bundle = nil;
+        if (bundle != nil)
+            __CFBundleRemember(bundle);
+        result = (CFBundleRef)[bundle retain];
+    }
     __CF_POOL_END
     CFRelease(path);
     return result;
@@ -94,24 +223,13 @@ CFURLRef CFBundleCopyBundleURL(CFBundleRef bundle)
                                          true);
 }
 
-static NSString *__CFBundleExecutablePath(CFBundleRef bundle)
-{
-    NSString *path = [__CFBundle(bundle) executablePath];
-    if (path == nil)
-        return nil;
-    struct stat info;
-    if (stat([path fileSystemRepresentation], &info) != 0 || !S_ISREG(info.st_mode))
-        return nil;
-    return path;
-}
-
 CFURLRef CFBundleCopyExecutableURL(CFBundleRef bundle)
 {
     if (bundle == NULL)
         return NULL;
     CFURLRef result = NULL;
     __CF_POOL_BEGIN
-    NSString *path = __CFBundleExecutablePath(bundle);
+    NSString *path = __CFBundleExecutablePath(__CFBundle(bundle));
     if (path != nil)
         result = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)path, kCFURLPOSIXPathStyle, false);
     __CF_POOL_END
@@ -122,21 +240,22 @@ CFStringRef CFBundleGetIdentifier(CFBundleRef bundle)
 {
     if (bundle == NULL)
         return NULL;
-    return (CFStringRef)[__CFBundle(bundle) bundleIdentifier];
+    id identifier = [__CFBundleInfo(__CFBundle(bundle)) objectForKey:@"CFBundleIdentifier"];
+    return [identifier isKindOfClass:[NSString class]] ? (CFStringRef)identifier : NULL;
 }
 
 CFDictionaryRef CFBundleGetInfoDictionary(CFBundleRef bundle)
 {
     if (bundle == NULL)
         return NULL;
-    return (CFDictionaryRef)[__CFBundle(bundle) infoDictionary];
+    return (CFDictionaryRef)__CFBundleInfo(__CFBundle(bundle));
 }
 
 CFTypeRef CFBundleGetValueForInfoDictionaryKey(CFBundleRef bundle, CFStringRef key)
 {
     if (bundle == NULL || key == NULL)
         return NULL;
-    return (CFTypeRef)[[__CFBundle(bundle) infoDictionary] objectForKey:(NSString *)key];
+    return (CFTypeRef)[__CFBundleInfo(__CFBundle(bundle)) objectForKey:(NSString *)key];
 }
 
 /* The dlopen handle of the bundle's loaded executable, or NULL. */
@@ -146,7 +265,7 @@ static void *__CFBundleHandle(CFBundleRef bundle, BOOL loadIfNeeded)
         return dlopen(NULL, RTLD_LAZY);
     void *handle = NULL;
     __CF_POOL_BEGIN
-    NSString *path = __CFBundleExecutablePath(bundle);
+    NSString *path = __CFBundleExecutablePath(__CFBundle(bundle));
     if (path != nil) {
         const char *file = [path fileSystemRepresentation];
         handle = dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
@@ -156,8 +275,12 @@ static void *__CFBundleHandle(CFBundleRef bundle, BOOL loadIfNeeded)
             } @catch (NSException *exception) {
             }
             handle = dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
-            if (handle == NULL)
-                handle = dlopen(file, RTLD_NOW | RTLD_GLOBAL);
+            if (handle == NULL) {
+                /* NSBundle could not load it (a Mac-layout executable): open it
+                 * here, once for good and once for the caller to close. */
+                if (dlopen(file, RTLD_NOW | RTLD_GLOBAL) != NULL)
+                    handle = dlopen(file, RTLD_LAZY | RTLD_NOLOAD);
+            }
         }
     }
     __CF_POOL_END

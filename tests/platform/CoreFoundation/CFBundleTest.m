@@ -1,0 +1,227 @@
+#import "KTest.h"
+
+#include <CoreFoundation/CoreFoundation.h>
+
+#include <stdlib.h>
+#include <unistd.h>
+
+static int BundleSerial;
+
+/* Copies the fixture bundles into a fresh folder and puts the test
+ * executable into both: Contents/MacOS/ of the Mac layout, beside
+ * Resources/ in the GNUstep layout.  Each copy gets identifiers of its own
+ * ("org.koru.test<serial>.mac"), since Foundation will not have two loaded
+ * bundles share one.  With keepIdentifiers the fixture's stay. */
+static NSString *MakeBundlesKeepingIdentifiers(BOOL keepIdentifiers)
+{
+    char pattern[] = "/tmp/koru-bundles-XXXXXX";
+    if (mkdtemp(pattern) == NULL)
+        return nil;
+    NSString *folder = [NSString stringWithUTF8String:pattern];
+    NSString *command = [NSString stringWithFormat:
+        @"cp -R '%s/platform/CoreFoundation/CFBundleTestData/.' '%@' && mkdir -p '%@/Mac.bundle/Contents/MacOS' && "
+        @"cp '%s' '%@/Mac.bundle/Contents/MacOS/Plugin' && cp '%s' '%@/GNUstep.bundle/Plugin'",
+        KORU_TEST_SOURCE_DIR, folder, folder, KORU_TEST_PLUGIN, folder, KORU_TEST_PLUGIN, folder];
+    if (!keepIdentifiers)
+        command = [command stringByAppendingFormat:
+            @" && sed -i 's/org\\.koru\\.test\\./org.koru.test%d./' '%@/Mac.bundle/Contents/Info.plist' "
+            @"'%@/GNUstep.bundle/Resources/Info-gnustep.plist'", ++BundleSerial, folder, folder];
+    return system([command UTF8String]) == 0 ? folder : nil;
+}
+
+static NSString *MakeBundles(void)
+{
+    return MakeBundlesKeepingIdentifiers(NO);
+}
+
+static void RemoveBundles(NSString *folder)
+{
+    if (folder != nil)
+        system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
+}
+
+static CFBundleRef CreateBundle(NSString *path)
+{
+    CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)path, kCFURLPOSIXPathStyle, true);
+    CFBundleRef bundle = CFBundleCreate(NULL, url);
+    CFRelease(url);
+    return bundle;
+}
+
+/* The path of a URL the caller owns, released here. */
+static NSString *PathOf(CFURLRef url)
+{
+    if (url == NULL)
+        return nil;
+    NSString *path = [(NSString *)CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle) autorelease];
+    CFRelease(url);
+    return path;
+}
+
+static NSString *Localized(CFBundleRef bundle, NSString *key, NSString *value, NSString *table)
+{
+    return [(NSString *)CFBundleCopyLocalizedString(bundle, (CFStringRef)key, (CFStringRef)value,
+                                                   (CFStringRef)table) autorelease];
+}
+
+KT_CASE(BothLayoutsGiveInfoExecutableAndCode)
+{
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    NSArray *names = [NSArray arrayWithObjects:@"Mac.bundle", @"GNUstep.bundle", nil];
+    NSArray *identifiers = [NSArray arrayWithObjects:[NSString stringWithFormat:@"org.koru.test%d.mac", BundleSerial],
+                                                     [NSString stringWithFormat:@"org.koru.test%d.gnustep", BundleSerial], nil];
+    NSArray *executables = [NSArray arrayWithObjects:@"Mac.bundle/Contents/MacOS/Plugin", @"GNUstep.bundle/Plugin", nil];
+    NSArray *resources = [NSArray arrayWithObjects:@"Mac.bundle/Contents/Resources", @"GNUstep.bundle/Resources", nil];
+    for (NSUInteger i = 0; i < [names count]; i++) {
+        CFBundleRef bundle = CreateBundle([folder stringByAppendingPathComponent:[names objectAtIndex:i]]);
+        KT_ASSERT(bundle != NULL);
+        KT_EXPECT_EQUAL_OBJECTS((NSString *)CFBundleGetIdentifier(bundle), [identifiers objectAtIndex:i]);
+        KT_EXPECT_EQUAL_OBJECTS((id)CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleExecutable")), @"Plugin");
+        KT_EXPECT(CFBundleGetBundleWithIdentifier((CFStringRef)[identifiers objectAtIndex:i]) == bundle);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyExecutableURL(bundle)),
+                                [folder stringByAppendingPathComponent:[executables objectAtIndex:i]]);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourcesDirectoryURL(bundle)),
+                                [folder stringByAppendingPathComponent:[resources objectAtIndex:i]]);
+
+        int (*answer)(void) = (int (*)(void))CFBundleGetFunctionPointerForName(bundle, CFSTR("CFBundleTestPluginAnswer"));
+        KT_ASSERT(answer != NULL);
+        KT_EXPECT(answer() == 42);
+        KT_EXPECT(CFBundleIsExecutableLoaded(bundle));
+        CFRelease(bundle);
+    }
+    RemoveBundles(folder);
+}
+
+KT_CASE(ResourcesAreFoundNonLocalisedFirstThenByLocalisation)
+{
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    NSArray *names = [NSArray arrayWithObjects:@"Mac.bundle", @"GNUstep.bundle", nil];
+    for (NSString *name in names) {
+        NSString *bundlePath = [folder stringByAppendingPathComponent:name];
+        CFBundleRef bundle = CreateBundle(bundlePath);
+        KT_ASSERT(bundle != NULL);
+        NSString *resources = PathOf(CFBundleCopyResourcesDirectoryURL(bundle));
+
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon"), CFSTR("png"), NULL)),
+                                [resources stringByAppendingPathComponent:@"icon.png"]);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon.png"), NULL, NULL)),
+                                [resources stringByAppendingPathComponent:@"icon.png"]);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, NULL, CFSTR("png"), NULL)),
+                                [resources stringByAppendingPathComponent:@"icon.png"]);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"))),
+                                [resources stringByAppendingPathComponent:@"Sub/deep.txt"]);
+        KT_EXPECT(CFBundleCopyResourceURL(bundle, CFSTR("missing"), CFSTR("png"), NULL) == NULL);
+
+        /* Only.txt exists in fr.lproj alone: found for fr (either spelling), not for en. */
+        NSString *only = [resources stringByAppendingPathComponent:@"fr.lproj/Only.txt"];
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL,
+                                                                              CFSTR("fr"))), only);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL,
+                                                                              CFSTR("French"))), only);
+        KT_EXPECT(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL, CFSTR("en")) == NULL);
+        /* A strings table asked for without a name is the default table. */
+        NSString *english = PathOf(CFBundleCopyResourceURLForLocalization(bundle, NULL, CFSTR("strings"), NULL, CFSTR("en")));
+        KT_EXPECT_MSG([english hasSuffix:@".lproj/Localizable.strings"], @"%@", english);
+
+        NSArray *localizations = [(NSArray *)CFBundleCopyBundleLocalizations(bundle) autorelease];
+        KT_EXPECT_EQUAL_OBJECTS(localizations, ([NSArray arrayWithObjects:
+            [name isEqualToString:@"Mac.bundle"] ? @"en" : @"English", @"fr", nil]));
+        NSArray *lists = [(NSArray *)CFBundleCopyResourceURLsOfType(bundle, CFSTR("plist"), NULL) autorelease];
+        NSArray *listNames = [lists valueForKey:@"lastPathComponent"];
+        KT_EXPECT([listNames containsObject:@"List.plist"] && [listNames containsObject:@"Settings.plist"]);
+        KT_EXPECT(![listNames containsObject:@"Localizable.strings"]);
+        CFRelease(bundle);
+    }
+    RemoveBundles(folder);
+}
+
+KT_CASE(LocalisedStringsFollowTheUserLanguages)
+{
+    /* LANGUAGE=fr:en, as the test's environment also sets it. */
+    setenv("LANGUAGE", "fr:en", 1);
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    CFBundleRef mac = CreateBundle([folder stringByAppendingPathComponent:@"Mac.bundle"]);
+    CFBundleRef gnustep = CreateBundle([folder stringByAppendingPathComponent:@"GNUstep.bundle"]);
+    KT_ASSERT(mac != NULL && gnustep != NULL);
+    CFBundleRef bundles[] = {mac, gnustep};
+    for (int i = 0; i < 2; i++) {
+        /* French is preferred and its table is a binary property list. */
+        KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], @"hello", nil, nil), @"Bonjour");
+        /* A key the French table lacks is not looked for in English. */
+        KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], @"only.en", @"fallback", nil), @"fallback");
+        KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], @"only.en", nil, nil), @"only.en");
+        /* Errors.strings exists in English only: the next preference. */
+        KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], @"broken", nil, @"Errors"), @"Something broke");
+        KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], nil, @"value", nil), @"value");
+    }
+
+    NSArray *picked = [(NSArray *)CFBundleCopyPreferredLocalizationsFromArray(
+        (CFArrayRef)[NSArray arrayWithObjects:@"de", @"English", @"fr_FR", nil]) autorelease];
+    KT_EXPECT_EQUAL_OBJECTS([picked objectAtIndex:0], @"English");
+    CFRelease(mac);
+    CFRelease(gnustep);
+    RemoveBundles(folder);
+}
+
+KT_CASE(DevelopmentRegionWhenNoPreferenceMatches)
+{
+    setenv("LANGUAGE", "ja", 1);
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    CFBundleRef mac = CreateBundle([folder stringByAppendingPathComponent:@"Mac.bundle"]);
+    KT_ASSERT(mac != NULL);
+    KT_EXPECT_EQUAL_OBJECTS((NSString *)CFBundleGetDevelopmentRegion(mac), @"en");
+    id userLanguages = [[NSUserDefaults standardUserDefaults] objectForKey:@"AppleLanguages"];
+    if (userLanguages == nil)
+        KT_EXPECT_EQUAL_OBJECTS(Localized(mac, @"hello", nil, nil), @"Hello");
+    CFRelease(mac);
+    setenv("LANGUAGE", "fr:en", 1);
+    RemoveBundles(folder);
+}
+
+KT_CASE(BundlesFromAFolder)
+{
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    system([[NSString stringWithFormat:@"mkdir '%@/Extra.plugin' && touch '%@/file.bundle'", folder, folder] UTF8String]);
+    CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)folder, kCFURLPOSIXPathStyle, true);
+    NSArray *bundles = [(NSArray *)CFBundleCreateBundlesFromDirectory(NULL, url, CFSTR("bundle")) autorelease];
+    KT_EXPECT([bundles count] == 2);
+    NSArray *all = [(NSArray *)CFBundleCreateBundlesFromDirectory(NULL, url, NULL) autorelease];
+    KT_EXPECT([all count] == 3);
+    CFRelease(url);
+    RemoveBundles(folder);
+}
+
+KT_CASE(LoadedIdentifierIsNotHandedOutForAnotherFolder)
+{
+    NSString *first = MakeBundlesKeepingIdentifiers(YES);
+    NSString *second = MakeBundlesKeepingIdentifiers(YES);
+    KT_ASSERT(first != nil && second != nil);
+    CFBundleRef loaded = CreateBundle([first stringByAppendingPathComponent:@"GNUstep.bundle"]);
+    KT_ASSERT(loaded != NULL);
+    KT_EXPECT(CFBundleLoadExecutable(loaded));
+    /* Foundation would answer the loaded bundle for the copy; CF answers none. */
+    KT_EXPECT(CreateBundle([second stringByAppendingPathComponent:@"GNUstep.bundle"]) == NULL);
+    CFRelease(loaded);
+    RemoveBundles(first);
+    RemoveBundles(second);
+}
+
+KT_CASE(NullArgumentsGiveNull)
+{
+    KT_EXPECT(CFBundleCopyResourceURL(NULL, CFSTR("a"), CFSTR("b"), NULL) == NULL);
+    KT_EXPECT(CFBundleCopyResourceURLForLocalization(NULL, CFSTR("a"), CFSTR("b"), NULL, CFSTR("fr")) == NULL);
+    KT_EXPECT(CFBundleCopyResourcesDirectoryURL(NULL) == NULL);
+    KT_EXPECT(CFBundleCopyBundleLocalizations(NULL) == NULL);
+    KT_EXPECT(CFBundleCopyResourceURLsOfType(NULL, CFSTR("png"), NULL) == NULL);
+    KT_EXPECT(CFBundleCopyPreferredLocalizationsFromArray(NULL) == NULL);
+    KT_EXPECT(CFBundleCreateBundlesFromDirectory(NULL, NULL, NULL) == NULL);
+    KT_EXPECT(CFBundleGetDevelopmentRegion(NULL) == NULL);
+    KT_EXPECT(CFBundleGetIdentifier(NULL) == NULL);
+}
+
+KT_MAIN()
