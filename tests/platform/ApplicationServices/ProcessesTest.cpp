@@ -1,0 +1,222 @@
+#include <ApplicationServices/ApplicationServices.h>
+
+#include <gtest/gtest.h>
+
+#include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <string>
+#include <vector>
+
+#include <signal.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string NameOf(const ProcessSerialNumber &psn)
+{
+    CFStringRef name = nullptr;
+    if (CopyProcessName(&psn, &name) != noErr || name == nullptr)
+        return "<none>";
+    char text[256] = "";
+    CFStringGetCString(name, text, sizeof text, kCFStringEncodingUTF8);
+    CFRelease(name);
+    return text;
+}
+
+std::string BundleOf(const ProcessSerialNumber &psn)
+{
+    FSRef ref;
+    UInt8 path[1024];
+    if (GetProcessBundleLocation(&psn, &ref) != noErr || FSRefMakePath(&ref, path, sizeof path) != noErr)
+        return "<none>";
+    return reinterpret_cast<char *>(path);
+}
+
+/* Runs a copy of sleep under another name, so the process has an executable
+ * of its own to be found by. */
+class SleepingChild {
+public:
+    explicit SleepingChild(const std::string &executable)
+    {
+        fs::create_directories(fs::path(executable).parent_path());
+        fs::copy_file("/bin/sleep", executable);
+        char *argv[] = {const_cast<char *>(executable.c_str()), const_cast<char *>("60"), nullptr};
+        if (posix_spawn(&mPid, executable.c_str(), nullptr, nullptr, argv, environ) != 0)
+            mPid = 0;
+    }
+    ~SleepingChild() { stop(); }
+    void stop()
+    {
+        if (mPid == 0)
+            return;
+        kill(mPid, SIGKILL);
+        waitpid(mPid, nullptr, 0);
+        mPid = 0;
+    }
+    ProcessSerialNumber number() const { return {0, static_cast<UInt32>(mPid)}; }
+    pid_t pid() const { return mPid; }
+
+private:
+    pid_t mPid = 0;
+};
+
+class ProcessesTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/ProcessesTest.XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        mRoot = fs::canonical(pattern).string();
+    }
+    void TearDown() override { fs::remove_all(mRoot); }
+    std::string mRoot;
+};
+
+} // namespace
+
+TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumber)
+{
+    ProcessSerialNumber current, reserved = {0, kCurrentProcess};
+    ASSERT_EQ(noErr, GetCurrentProcess(&current));
+    EXPECT_EQ(0u, current.highLongOfPSN);
+    EXPECT_EQ(static_cast<UInt32>(getpid()), current.lowLongOfPSN);
+    Boolean same = false;
+    EXPECT_EQ(noErr, SameProcess(&current, &reserved, &same));
+    EXPECT_TRUE(same);
+    pid_t pid = 0;
+    EXPECT_EQ(noErr, GetProcessPID(&reserved, &pid));
+    EXPECT_EQ(getpid(), pid);
+    EXPECT_EQ("ProcessesTest", NameOf(reserved));
+    EXPECT_EQ(fs::canonical("/proc/self/exe").string(), BundleOf(current));
+}
+
+TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
+{
+    std::string app = mRoot + "/Sleeper.app";
+    fs::create_directories(app + "/Contents");
+    std::ofstream(app + "/Contents/Info.plist")
+        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+           "<key>CFBundleName</key><string>Sleepy Helper</string>"
+           "<key>CFBundleExecutable</key><string>Sleeper</string></dict></plist>\n";
+    SleepingChild bundled(app + "/Contents/MacOS/Sleeper");
+    SleepingChild plain(mRoot + "/plain-sleeper");
+    ASSERT_NE(0, bundled.pid());
+    ASSERT_NE(0, plain.pid());
+
+    EXPECT_EQ("Sleepy Helper", NameOf(bundled.number()));
+    EXPECT_EQ(app, BundleOf(bundled.number()));
+    EXPECT_EQ("plain-sleeper", NameOf(plain.number()));
+    EXPECT_EQ(mRoot + "/plain-sleeper", BundleOf(plain.number()));
+
+    // The enumeration is in pid order and sees both children and this process.
+    std::vector<pid_t> seen;
+    ProcessSerialNumber psn = {0, kNoProcess};
+    while (GetNextProcess(&psn) == noErr)
+        seen.push_back(static_cast<pid_t>(psn.lowLongOfPSN));
+    EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
+    for (pid_t pid : {getpid(), bundled.pid(), plain.pid()})
+        EXPECT_NE(seen.end(), std::find(seen.begin(), seen.end(), pid)) << pid;
+
+    ProcessSerialNumber gone = plain.number();
+    plain.stop();
+    CFStringRef name = CFSTR("stale");
+    EXPECT_EQ(procNotFound, CopyProcessName(&gone, &name));
+    EXPECT_EQ(nullptr, name);
+    EXPECT_EQ(procNotFound, SetFrontProcess(&gone));
+}
+
+TEST_F(ProcessesTest, WithoutADisplayTheCurrentProcessIsInFront)
+{
+    unsetenv("DISPLAY");
+    ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess};
+    ASSERT_EQ(noErr, GetFrontProcess(&front));
+    EXPECT_EQ(static_cast<UInt32>(getpid()), front.lowLongOfPSN);
+    EXPECT_EQ(noErr, SetFrontProcess(&current));
+}
+
+std::string Output(const std::string &command)
+{
+    std::string text;
+    if (FILE *pipe = popen(command.c_str(), "r")) {
+        char buffer[512];
+        while (std::fgets(buffer, sizeof buffer, pipe) != nullptr)
+            text += buffer;
+        pclose(pipe);
+    }
+    return text;
+}
+
+/* An X server of the test's own; the root window plays the application
+ * window, with the properties a window manager and a client would set. */
+TEST_F(ProcessesTest, FrontProcessOwnsTheActiveWindow)
+{
+    if (access("/usr/bin/Xvfb", X_OK) != 0 || access("/usr/bin/xprop", X_OK) != 0)
+        GTEST_SKIP() << "needs Xvfb and xprop";
+    int ready[2];
+    ASSERT_EQ(0, pipe(ready));
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, ready[1], 3);
+    char *argv[] = {const_cast<char *>("Xvfb"), const_cast<char *>("-displayfd"), const_cast<char *>("3"),
+                    const_cast<char *>("-nolisten"), const_cast<char *>("tcp"),
+                    // without -noreset the server forgets the root's properties when xprop leaves
+                    const_cast<char *>("-noreset"), nullptr};
+    pid_t server = 0;
+    ASSERT_EQ(0, posix_spawn(&server, "/usr/bin/Xvfb", &actions, nullptr, argv, environ));
+    posix_spawn_file_actions_destroy(&actions);
+    close(ready[1]);
+    char display[16] = ":";
+    ssize_t got = read(ready[0], display + 1, sizeof display - 2);
+    close(ready[0]);
+    ASSERT_GT(got, 0);
+    display[std::strcspn(display, "\n")] = '\0';
+    setenv("DISPLAY", display, 1);
+
+    SleepingChild child(mRoot + "/windowed-sleeper");
+    std::string root = Output("xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p'");
+    root = root.substr(0, root.find('\n'));
+    std::string set = "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid()) +
+                      " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW " + root +
+                      " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST " + root;
+    EXPECT_EQ(0, std::system(set.c_str())) << set;
+
+    ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess}, windowed = child.number();
+    EXPECT_EQ(noErr, GetFrontProcess(&front));
+    EXPECT_EQ(static_cast<UInt32>(child.pid()), front.lowLongOfPSN);
+    EXPECT_EQ("windowed-sleeper", NameOf(front));
+    EXPECT_EQ(noErr, SetFrontProcess(&windowed));
+    EXPECT_EQ(procNotFound, SetFrontProcess(&current)); // this process has no window
+
+    unsetenv("DISPLAY");
+    kill(server, SIGTERM);
+    waitpid(server, nullptr, 0);
+}
+
+TEST_F(ProcessesTest, BadArgumentsAreRefused)
+{
+    ProcessSerialNumber none = {0, kNoProcess}, psn;
+    CFStringRef name = nullptr;
+    FSRef ref;
+    Boolean same;
+    pid_t pid;
+    EXPECT_EQ(paramErr, GetCurrentProcess(nullptr));
+    EXPECT_EQ(paramErr, GetFrontProcess(nullptr));
+    EXPECT_EQ(paramErr, GetNextProcess(nullptr));
+    EXPECT_EQ(paramErr, SetFrontProcess(nullptr));
+    EXPECT_EQ(paramErr, SameProcess(&none, nullptr, &same));
+    EXPECT_EQ(paramErr, CopyProcessName(&none, nullptr));
+    EXPECT_EQ(paramErr, GetProcessBundleLocation(nullptr, &ref));
+    EXPECT_EQ(procNotFound, CopyProcessName(&none, &name));
+    EXPECT_EQ(procNotFound, GetProcessPID(&none, &pid));
+    EXPECT_EQ(procNotFound, GetProcessForPID(-5, &psn));
+}
