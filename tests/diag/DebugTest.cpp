@@ -1,0 +1,138 @@
+#include <KORU/Debug.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <cstring>
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace fs = std::filesystem;
+
+namespace {
+
+std::string ReadFile(const std::string &path)
+{
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+struct ProbeResult {
+    std::string out, err;
+};
+
+/* Runs the probe with this environment, HOME replaced (or removed when home is NULL). */
+ProbeResult RunProbe(const char *scenario, const char *home, const std::string &scratch)
+{
+    std::vector<std::string> environment;
+    for (char **entry = environ; *entry != nullptr; ++entry) {
+        if (std::strncmp(*entry, "HOME=", 5) != 0)
+            environment.push_back(*entry);
+    }
+    if (home != nullptr)
+        environment.push_back(std::string("HOME=") + home);
+    std::vector<char *> envp;
+    for (std::string &entry : environment)
+        envp.push_back(entry.data());
+    envp.push_back(nullptr);
+
+    std::string outPath = scratch + "/probe.out", errPath = scratch + "/probe.err";
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_addopen(&actions, 1, outPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    posix_spawn_file_actions_addopen(&actions, 2, errPath.c_str(), O_WRONLY | O_CREAT | O_TRUNC, 0600);
+    char *argv[] = {const_cast<char *>(KORU_DEBUG_PROBE), const_cast<char *>(scenario), nullptr};
+    pid_t pid = 0;
+    int status = -1;
+    if (posix_spawn(&pid, KORU_DEBUG_PROBE, &actions, nullptr, argv, envp.data()) == 0)
+        waitpid(pid, &status, 0);
+    posix_spawn_file_actions_destroy(&actions);
+    EXPECT_EQ(0, status) << scenario;
+    return {ReadFile(outPath), ReadFile(errPath)};
+}
+
+class DebugSwitchTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/DebugTest.XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        mRoot = pattern;
+        fs::create_directories(mRoot + "/home");
+        mHome = mRoot + "/home";
+    }
+    void TearDown() override { fs::remove_all(mRoot); }
+    void CreateMarker() { std::ofstream(mHome + "/.debug") << "content does not matter"; }
+    std::string mRoot, mHome;
+};
+
+} // namespace
+
+TEST_F(DebugSwitchTest, MarkerInTheHomeFolderTurnsDebugOutputOn)
+{
+    EXPECT_EQ("off\n", RunProbe("check", mHome.c_str(), mRoot).out);
+    CreateMarker();
+    EXPECT_EQ("on\n", RunProbe("check", mHome.c_str(), mRoot).out);
+    EXPECT_EQ("on\n", RunProbe("check", (mHome + "/").c_str(), mRoot).out);
+    EXPECT_EQ("off\n", RunProbe("check", nullptr, mRoot).out);
+    // A HOME longer than the marker path buffer cannot hold a marker.
+    EXPECT_EQ("off\n", RunProbe("check", (mHome + std::string(1100, '/')).c_str(), mRoot).out);
+}
+
+TEST_F(DebugSwitchTest, MarkerIsLookedForOnceAndTheFlagCanForceIt)
+{
+    EXPECT_EQ("off\n", RunProbe("recheck", mHome.c_str(), mRoot).out);
+    EXPECT_TRUE(fs::exists(mHome + "/.debug"));
+    fs::remove(mHome + "/.debug");
+    EXPECT_EQ("on\n", RunProbe("force", nullptr, mRoot).out);
+}
+
+TEST_F(DebugSwitchTest, FailureReportsAppearOnlyInDebugMode)
+{
+    EXPECT_EQ("", RunProbe("report", mHome.c_str(), mRoot).err);
+    CreateMarker();
+    std::string err = RunProbe("report", mHome.c_str(), mRoot).err;
+    EXPECT_NE(std::string::npos, err.find("StringIsEndWith (325) Sorry, I caught GOTO error.\n")) << err;
+    EXPECT_NE(std::string::npos, err.find("StringGetLastSubstring (310) Sorry, I caught GOTO error.\n"));
+    EXPECT_NE(std::string::npos, err.find("CFStringCreateConvertableExternalRepresentation ("));
+}
+
+TEST(StringSuffix, LastOccurrenceAndSuffixTest)
+{
+    const char *text = "aaaa.txt.txt";
+    EXPECT_EQ(text + 8, StringGetLastSubstring(text, ".txt", false));
+    EXPECT_EQ(text + 2, StringGetLastSubstring(text, "aa", false)); // overlapping hits count
+    EXPECT_EQ(text + 8, StringGetLastSubstring(text, ".TXT", true));
+    EXPECT_EQ(nullptr, StringGetLastSubstring(text, ".TXT", false));
+    EXPECT_EQ(text + std::strlen(text), StringGetLastSubstring(text, "", false));
+    EXPECT_EQ(nullptr, StringGetLastSubstring(nullptr, "a", false));
+
+    EXPECT_TRUE(StringIsEndWith("report.TXT", ".txt", true));
+    EXPECT_FALSE(StringIsEndWith("report.TXT", ".txt", false));
+    EXPECT_TRUE(StringIsEndWith("report.txt", ".txt", false));
+    EXPECT_FALSE(StringIsEndWith("a.txt.bak", ".txt", false));
+    EXPECT_TRUE(StringIsEndWith("anything", "", false));
+    EXPECT_FALSE(StringIsEndWith("txt", ".txt", false));
+    EXPECT_FALSE(StringIsEndWith("x", nullptr, false));
+}
+
+TEST(MainArguments, PrintedOnStandardError)
+{
+    char a[] = "a", b[] = "b";
+    char *argv[] = {a, b, nullptr};
+    testing::internal::CaptureStderr();
+    PrintMainArguments(2, argv);
+    EXPECT_EQ("\nargc=02\nargv[00]=a\nargv[01]=b\n\n", testing::internal::GetCapturedStderr());
+}
