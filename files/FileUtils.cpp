@@ -1,0 +1,533 @@
+#include <KORU/FileUtils.h>
+
+#include "LocationSupport.h"
+
+#include <ApplicationServices/ApplicationServices.h>
+
+#include <cstring>
+#include <cwchar>
+#include <cwctype>
+#include <sys/stat.h>
+
+namespace file_utils {
+
+namespace {
+
+const wchar_t kDelimiter = L'/';
+
+const wchar_t *Text(const CStr<wchar_t> &s)
+{
+    return static_cast<const wchar_t *>(s);
+}
+
+bool EndsWithDelimiter(const CStr<wchar_t> &s)
+{
+    return !s.IsEmpty() && s[s.GetLength() - 1] == kDelimiter;
+}
+
+// Makes location a path location; a URL it held is released first, and the
+// storage is cleared so that no stale FSRef bytes stay behind.
+void SetPathLocation(TFileLocationInfo &location, const CStr<wchar_t> &path)
+{
+    if (location.kind == TFileLocationInfo::kLocationCFURL && location.storage.url)
+        CFRelease(location.storage.url);
+    std::memset(&location.storage, 0, sizeof location.storage);
+    location.kind = TFileLocationInfo::kLocationPath;
+    location.path = path;
+}
+
+// The size of an open regular file; -1 for anything else (a folder opens for
+// reading too, but has no size to read).
+long RegularFileSize(FILE *file)
+{
+    struct stat st;
+    if (fstat(fileno(file), &st) != 0 || !S_ISREG(st.st_mode))
+        return -1;
+    if (std::fseek(file, 0, SEEK_END) != 0)
+        return -1;
+    const long size = std::ftell(file);
+    if (std::fseek(file, 0, SEEK_SET) != 0)
+        return -1;
+    return size;
+}
+
+// The node's folder as an FSRef, through its URL.
+bool FolderRef(const TFileLocationInfo &folder, FSRef &ref)
+{
+    CFURLRef url = folder.CreateCFURL();
+    if (!url)
+        return false;
+    const bool made = CFURLGetFSRef(url, &ref);
+    CFRelease(url);
+    return made;
+}
+
+// Whether the text after the name's last "." equals ext, ignoring case the
+// way CStr::CompareNoCase does.
+bool HasExtension(const HFSUniStr255 &name, const CStr<wchar_t> &ext)
+{
+    int dot = name.length - 1;
+    while (dot >= 0 && name.unicode[dot] != L'.')
+        --dot;
+    if (dot < 0 || name.length - dot - 1 != ext.GetLength())
+        return false;
+    for (int k = 0; k < ext.GetLength(); ++k)
+        if (std::towlower(static_cast<wint_t>(name.unicode[dot + 1 + k])) !=
+            std::towlower(static_cast<wint_t>(ext[k])))
+            return false;
+    return true;
+}
+
+CStr<wchar_t> NameFromUnits(const HFSUniStr255 &name)
+{
+    CStr<wchar_t> text;
+    if (name.length == 0)
+        return text;
+    wchar_t *buffer = text.GetBufferSetLength(name.length);
+    for (int k = 0; k < name.length; ++k)
+        buffer[k] = name.unicode[k];
+    return text;
+}
+
+} // namespace
+
+// ---- Path text ----
+
+wchar_t GetPathDelimiter()
+{
+    return kDelimiter;
+}
+
+bool IsRelativePath(const CStr<wchar_t> &path)
+{
+    return !path.IsEmpty() && path[0] != kDelimiter;
+}
+
+CStr<wchar_t> GetFilePathFromFullPath(const CStr<wchar_t> &path)
+{
+    const int slash = path.ReverseFind(kDelimiter);
+    return slash < 0 ? CStr<wchar_t>() : path.Left(slash + 1);
+}
+
+CStr<wchar_t> GetFileNameFromFullPath(const CStr<wchar_t> &path)
+{
+    const int slash = path.ReverseFind(kDelimiter);
+    return slash < 0 ? path : path.Mid(slash + 1);
+}
+
+CStr<wchar_t> GetFileExt(const CStr<wchar_t> &path)
+{
+    const int dot = path.ReverseFind(L'.');
+    return dot < 0 ? CStr<wchar_t>() : path.Mid(dot + 1);
+}
+
+CFURLRef GetParentFolderURL(const CStr<wchar_t> &path, CStr<wchar_t> &name)
+{
+    CStr<wchar_t> text = path;
+    if (EndsWithDelimiter(text))
+        text = text.Left(text.GetLength() - 1);
+    const int slash = text.ReverseFind(kDelimiter);
+    if (slash < 0)
+        return nullptr;
+    name = text.Mid(slash + 1);
+    // "/name" lies in the root; an empty parent path would mean the current folder.
+    const CStr<wchar_t> parent = slash == 0 ? CStr<wchar_t>(L"/") : text.Left(slash);
+    CFStringRef parentText = parent.CreateCFString();
+    if (!parentText)
+        return nullptr;
+    CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, parentText, kCFURLPOSIXPathStyle, false);
+    CFRelease(parentText);
+    return url;
+}
+
+CStr<wchar_t> GetAbsFileName(const CStr<wchar_t> &rel, const CStr<wchar_t> &base)
+{
+    if (rel[0] != L'.')
+        return base + rel;
+    if (rel[1] != L'.')
+        return base + rel.Mid(2);
+    CStr<wchar_t> folder = base.Left(base.GetLength() - 1);
+    CStr<wchar_t> rest = rel;
+    while (rest[0] == L'.' && rest[1] == L'.') {
+        const int slash = folder.ReverseFind(kDelimiter);
+        if (slash < 0)
+            return CStr<wchar_t>();
+        folder = folder.Left(slash);
+        rest = rest.Mid(3);
+    }
+    return folder + kDelimiter + rest;
+}
+
+CStr<wchar_t> GetEncodedText(const wchar_t *text)
+{
+    CStr<wchar_t> encoded(text);
+    if (encoded.Find(L'&') >= 0)
+        encoded.Replace(L"&", L"&amp;");
+    if (encoded.Find(L'<') >= 0)
+        encoded.Replace(L"<", L"&lt;");
+    if (encoded.Find(L'>') >= 0)
+        encoded.Replace(L">", L"&gt;");
+    if (encoded.Find(L'"') >= 0)
+        encoded.Replace(L"\"", L"&quot;");
+    return encoded;
+}
+
+CStr<wchar_t> GetURLFromLocalFileName(const wchar_t *text)
+{
+    if (!text)
+        return CStr<wchar_t>();
+    const CStr<wchar_t> name(text);
+    if (name.Find(L"://") >= 0)
+        return name;
+    return CStr<wchar_t>(L"file") + L":///" + name; // "/a/b" gives "file:////a/b", kept so
+}
+
+CStr<wchar_t> GetLocalFileName(const wchar_t *text)
+{
+    const CStr<wchar_t> url(text);
+    if (url.IsEmpty())
+        return url;
+    const int separator = url.Find(L"://");
+    if (separator >= 0 && url.Left(4).Compare(L"file") == 0)
+        return url.Mid(separator + 3);
+    return url;
+}
+
+bool CreatePathIfNotExistant(const CStr<wchar_t> &)
+{
+    return false;
+}
+
+// ---- Locations and folders ----
+
+OSStatus GetParentFSRefAndName(CFURLRef url, FSRef *parent, CStr<wchar_t> &name)
+{
+    if (!url || !parent)
+        return paramErr;
+    CFURLRef parentURL = CFURLCreateCopyDeletingLastPathComponent(kCFAllocatorDefault, url);
+    CFStringRef lastComponent = CFURLCopyLastPathComponent(url);
+    OSStatus status = memFullErr;
+    if (parentURL && lastComponent) {
+        name.InitWithCFString(lastComponent);
+        status = CFURLGetFSRef(parentURL, parent) ? OSStatus(noErr) : OSStatus(fnfErr);
+    }
+    if (parentURL)
+        CFRelease(parentURL);
+    if (lastComponent)
+        CFRelease(lastComponent);
+    return status;
+}
+
+bool GetSysTempFolder(TFileLocationInfo &folder)
+{
+    FSRef ref;
+    if (FSFindFolder(kUserDomain, kChewableItemsFolderType, kCreateFolder, &ref) != noErr &&
+        FSFindFolder(kUserDomain, kTemporaryFolderType, kCreateFolder, &ref) != noErr)
+        return false;
+    folder.SetFSRef(ref);
+    return true;
+}
+
+bool GetAppTempFolder(TFileLocationInfo &folder)
+{
+    if (!GetSysTempFolder(folder))
+        return false;
+    CStr<wchar_t> path = folder.GetFullPath();
+    if (EndsWithDelimiter(path))
+        path = path.Left(path.GetLength() - 1);
+    CStr<wchar_t> text;
+    text.Format(L"%ls%c%ls%c", Text(path), kDelimiter, L"Orvan", kDelimiter);
+    SetPathLocation(folder, text);
+    CreateLocation(folder);
+    const CStr<wchar_t> outer = text;
+    text.Format(L"%ls%ls%c", Text(outer), L"Mirtel", kDelimiter);
+    SetPathLocation(folder, text);
+    CreateLocation(folder);
+    return true;
+}
+
+bool GetModuleFolder(TFileLocationInfo &folder, CFBundleRef bundle, bool bundleFolder)
+{
+    CFURLRef url = nullptr;
+    if (bundle) {
+        url = bundleFolder ? CFBundleCopyBundleURL(bundle) : CFBundleCopyExecutableURL(bundle);
+    } else {
+        const ProcessSerialNumber current = {0, kCurrentProcess};
+        FSRef location;
+        if (GetProcessBundleLocation(&current, &location) != noErr)
+            return false;
+        CFURLRef locationURL = CFURLCreateFromFSRef(kCFAllocatorDefault, &location);
+        if (!locationURL)
+            return false;
+        if (!CFURLHasDirectoryPath(locationURL)) {
+            url = locationURL; // a plain executable is its own bundle location
+        } else {
+            CFBundleRef processBundle = CFBundleCreate(kCFAllocatorDefault, locationURL);
+            CFRelease(locationURL);
+            if (processBundle) {
+                url = CFBundleCopyExecutableURL(processBundle);
+                CFRelease(processBundle);
+            }
+        }
+    }
+    if (!url)
+        return false;
+    FSRef parent;
+    CStr<wchar_t> name;
+    const OSStatus status = GetParentFSRefAndName(url, &parent, name);
+    CFRelease(url);
+    if (status != noErr)
+        return false;
+    folder.SetFSRef(parent);
+    CStr<wchar_t> path = folder.GetFullPath();
+    path += kDelimiter;
+    SetPathLocation(folder, path);
+    return true;
+}
+
+bool CreateLocation(const TFileLocationInfo &location)
+{
+    const CStr<wchar_t> path = location.GetFullPath();
+    if (path.IsEmpty())
+        return false;
+    CStr<wchar_t> name;
+    CFURLRef parentURL = file_utils::GetParentFolderURL(path, name);
+    if (!parentURL)
+        return false;
+    const OSErr status = location_support::CreateFolderIn(parentURL, name);
+    CFRelease(parentURL);
+    return status == noErr || status == dupFNErr; // an existing folder is fine
+}
+
+bool DeleteLocation(const TFileLocationInfo &location)
+{
+    return location.Delete();
+}
+
+bool DeleteDir(const TFileLocationInfo &folder, bool recursive)
+{
+    FSRef ref;
+    FSIterator iterator;
+    if (!FolderRef(folder, ref) || FSOpenIterator(&ref, kFSIterateFlat, &iterator) != noErr)
+        return false;
+    // Gather first, delete after: deleting while the folder is being read
+    // could make the listing skip entries.
+    std::vector<TFileLocationInfo> children;
+    ItemCount count;
+    FSRef childRef;
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &childRef,
+                                nullptr, nullptr) == noErr) {
+        children.emplace_back();
+        children.back().SetFSRef(childRef);
+    }
+    FSCloseIterator(iterator);
+    for (const TFileLocationInfo &child : children) {
+        if (!child.IsFolder())
+            child.Delete();
+        else if (recursive)
+            DeleteDir(child, true);
+    }
+    // Failures above show here: a folder that is not empty stays.
+    return FSDeleteObject(&ref) == noErr;
+}
+
+bool EnumFilesInFolder(const wchar_t *ext, const TFileLocationInfo &folder, std::vector<CStr<wchar_t>> &out)
+{
+    FSRef ref;
+    FSIterator iterator;
+    if (!ext || !FolderRef(folder, ref) || FSOpenIterator(&ref, kFSIterateFlat, &iterator) != noErr)
+        return false;
+    const CStr<wchar_t> wanted(ext);
+    HFSUniStr255 name;
+    ItemCount count;
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, nullptr, nullptr,
+                                &name) == noErr) {
+        if (HasExtension(name, wanted))
+            out.push_back(NameFromUnits(name));
+    }
+    FSCloseIterator(iterator);
+    return true;
+}
+
+bool StartApplication(const TFileLocationInfo &, const wchar_t *, bool)
+{
+    return true;
+}
+
+bool GetExactTempFileLocation(const CStr<wchar_t> &name, TFileLocationInfo &location)
+{
+    if (!GetAppTempFolder(location))
+        return false;
+    CStr<wchar_t> path = location.GetFullPath();
+    if (!EndsWithDelimiter(path))
+        path += kDelimiter;
+    const int room = 256 - path.GetLength();
+    SetPathLocation(location, path + (name.GetLength() <= room ? name : name.Left(room)));
+    return true;
+}
+
+bool GetTempFileLocation(const CStr<wchar_t> &name, const CStr<wchar_t> &ext, TFileLocationInfo &location)
+{
+    if (!GetAppTempFolder(location))
+        return false;
+    CStr<wchar_t> folder = location.GetFullPath();
+    const int room = 255 - folder.GetLength() - ext.GetLength();
+    CStr<wchar_t> stem = name.GetLength() > room ? name.Left(room) : name;
+    SetPathLocation(location, folder + stem + L"." + ext);
+    if (!location.IsFile())
+        return true;
+
+    if (EndsWithDelimiter(folder))
+        folder = folder.Left(folder.GetLength() - 1);
+    if (room - 5 < stem.GetLength())
+        stem = stem.Left(room - 5); // room for "_" and three digits
+    CStr<wchar_t> candidate;
+    int number = 1;
+    for (; number <= 1000; ++number) {
+        candidate.Format(L"%ls%c%ls_%03d.%ls", Text(folder), kDelimiter, Text(stem), number, Text(ext));
+        SetPathLocation(location, candidate);
+        if (!location.IsFile())
+            break;
+    }
+    if (number > 1000)
+        return true; // every name is taken: the last candidate stays
+    if (number == 1000) {
+        // Kept as it always was: this name lacks the "/" after the folder.
+        candidate.Format(L"%ls%ls_%03d.%ls", Text(folder), Text(stem), 0, Text(ext));
+        SetPathLocation(location, candidate);
+        location.Delete();
+    }
+    return true;
+}
+
+// ---- Whole-file input and output ----
+
+FILE *fopen(const TFileLocationInfo &location, const char *mode)
+{
+    if (!mode)
+        return nullptr;
+    const std::vector<char> path = location_support::SystemEncodedText(location.GetFullPath());
+    if (path[0] == 0)
+        return nullptr;
+    return ::fopen(path.data(), mode);
+}
+
+bool ReadBinFileToBuffer(const TFileLocationInfo &location, void *&buffer, long &size)
+{
+    buffer = nullptr;
+    size = 0;
+    FILE *file = fopen(location, "rb");
+    if (!file)
+        return false;
+    const long length = RegularFileSize(file);
+    if (length < 0) {
+        std::fclose(file);
+        return false;
+    }
+    char *bytes = new char[static_cast<size_t>(length)];
+    const size_t read = std::fread(bytes, 1, static_cast<size_t>(length), file);
+    std::fclose(file);
+    if (read != static_cast<size_t>(length)) {
+        delete[] bytes;
+        return false;
+    }
+    buffer = bytes;
+    size = length;
+    return true;
+}
+
+bool WriteBinBufferToFile(const TFileLocationInfo &location, const void *buffer, long count)
+{
+    // Checked before opening, which would empty the file.
+    if (count < 0 || (!buffer && count > 0))
+        return false;
+    FILE *file = fopen(location, "wb");
+    if (!file)
+        return false;
+    const size_t written = count > 0 ? std::fwrite(buffer, 1, static_cast<size_t>(count), file) : 0;
+    const bool closed = std::fclose(file) == 0;
+    return closed && written == static_cast<size_t>(count);
+}
+
+bool ReadASCIITextFileToBuffer(const TFileLocationInfo &location, char *&buffer)
+{
+    buffer = nullptr;
+    FILE *file = fopen(location, "rt");
+    if (!file)
+        return false;
+    const long length = RegularFileSize(file);
+    if (length < 0) {
+        std::fclose(file);
+        return false;
+    }
+    char *text = new char[static_cast<size_t>(length) + 1];
+    const size_t read = std::fread(text, 1, static_cast<size_t>(length), file);
+    std::fclose(file);
+    text[read] = 0;
+    if (read != static_cast<size_t>(length)) {
+        delete[] text;
+        return false;
+    }
+    buffer = text;
+    return true;
+}
+
+bool WriteASCIITextBufferToFile(const TFileLocationInfo &location, const char *text)
+{
+    if (!text)
+        return false;
+    FILE *file = fopen(location, "wt");
+    if (!file)
+        return false;
+    const size_t length = std::strlen(text);
+    const size_t written = std::fwrite(text, 1, length, file);
+    const bool closed = std::fclose(file) == 0;
+    return closed && written == length;
+}
+
+bool ReadUnicodeTextFileToBuffer(const TFileLocationInfo &location, wchar_t *&buffer, bool)
+{
+    buffer = nullptr;
+    FILE *file = fopen(location, "rb");
+    if (!file)
+        return false;
+    const long length = RegularFileSize(file);
+    const size_t even = length > 0 ? (static_cast<size_t>(length) + 1) & ~size_t(1) : 0;
+    std::vector<unsigned char> bytes(even + 2, 0);
+    if (even > 0)
+        (void)std::fread(bytes.data(), 1, even, file);
+    std::fclose(file);
+
+    size_t count = even / 2, first = 0;
+    const auto unitAt = [&bytes](size_t k) {
+        UInt16 unit;
+        std::memcpy(&unit, &bytes[2 * k], 2); // machine byte order, never swapped
+        return unit;
+    };
+    if (count > 0 && (unitAt(0) == 0xFFFE || unitAt(0) == 0xFEFF)) {
+        first = 1;
+        --count;
+    }
+    buffer = new wchar_t[count + 1];
+    size_t k = 0;
+    for (; k < count && unitAt(first + k) != 0; ++k)
+        buffer[k] = unitAt(first + k);
+    buffer[k] = 0;
+    return true;
+}
+
+bool WriteUnicodeTextBufferToFile(const TFileLocationInfo &location, const wchar_t *text)
+{
+    if (!text)
+        return false;
+    FILE *file = fopen(location, "wb");
+    if (!file)
+        return false;
+    static const unsigned char kMark[2] = {0xFE, 0xFF};
+    std::fwrite(kMark, 1, sizeof kMark, file);
+    std::fwrite(text, sizeof(wchar_t), std::wcslen(text), file);
+    std::fclose(file);
+    return true; // the write count is not looked at
+}
+
+} // namespace file_utils

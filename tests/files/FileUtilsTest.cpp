@@ -1,0 +1,338 @@
+#include <KORU/FileUtils.h>
+
+#include "../platform/CoreServices/FileTestSupport.h"
+
+#include <algorithm>
+#include <cstring>
+
+using namespace file_utils;
+
+namespace {
+
+CStr<wchar_t> Wide(const std::string &text)
+{
+    return CStr<wchar_t>(text.c_str());
+}
+
+std::string Narrow(const CStr<wchar_t> &text)
+{
+    std::string out;
+    for (int k = 0; k < text.GetLength(); ++k)
+        out += static_cast<char>(text[k]); // ASCII only
+    return out;
+}
+
+TFileLocationInfo PathLocation(const std::string &path)
+{
+    TFileLocationInfo location;
+    location.kind = TFileLocationInfo::kLocationPath;
+    location.path = Wide(path);
+    return location;
+}
+
+// Points the user's temporary folder at a fresh private folder for one test.
+class PrivateTemporaryFolder {
+public:
+    PrivateTemporaryFolder()
+    {
+        const char *old = getenv("XDG_RUNTIME_DIR");
+        mHadOld = old != nullptr;
+        if (old)
+            mOld = old;
+        chmod(mFolder.Path().c_str(), 0700);
+        setenv("XDG_RUNTIME_DIR", mFolder.Path().c_str(), 1);
+    }
+    ~PrivateTemporaryFolder()
+    {
+        if (mHadOld)
+            setenv("XDG_RUNTIME_DIR", mOld.c_str(), 1);
+        else
+            unsetenv("XDG_RUNTIME_DIR");
+    }
+    std::string AppFolder() const { return mFolder / "Orvan/Mirtel/"; }
+    std::string Path() const { return mFolder.Path(); }
+
+private:
+    TemporaryFolder mFolder;
+    std::string mOld;
+    bool mHadOld = false;
+};
+
+TEST(FileUtils, PathText)
+{
+    EXPECT_EQ(L'/', GetPathDelimiter());
+    EXPECT_TRUE(IsRelativePath(L"a/b"));
+    EXPECT_FALSE(IsRelativePath(L"/a/b"));
+    EXPECT_FALSE(IsRelativePath(L""));
+    EXPECT_EQ("/a/b/", Narrow(GetFilePathFromFullPath(L"/a/b/c.txt")));
+    EXPECT_EQ("", Narrow(GetFilePathFromFullPath(L"c.txt")));
+    EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"/a/b/c.txt")));
+    EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"c.txt")));
+    EXPECT_EQ("gz", Narrow(GetFileExt(L"/a/archive.tar.gz")));
+    EXPECT_EQ("x/file", Narrow(GetFileExt(L"/a/dir.x/file")));
+    EXPECT_EQ("", Narrow(GetFileExt(L"/a/README")));
+
+    EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"../../x", L"/a/b/c/")));
+    EXPECT_EQ("", Narrow(GetAbsFileName(L"../../x", L"/a/")));
+    EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"./x", L"/a/")));
+    EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"x", L"/a/")));
+    EXPECT_EQ("/a/b/y/z", Narrow(GetAbsFileName(L"../y/z", L"/a/b/c/")));
+
+    EXPECT_EQ("a&lt;b&amp;c", Narrow(GetEncodedText(L"a<b&c")));
+    EXPECT_EQ("&amp;lt;&gt;&quot;'", Narrow(GetEncodedText(L"&lt;>\"'")));
+    EXPECT_EQ("", Narrow(GetEncodedText(nullptr)));
+
+    EXPECT_EQ("file:////a/b", Narrow(GetURLFromLocalFileName(L"/a/b")));
+    EXPECT_EQ("http://host/x", Narrow(GetURLFromLocalFileName(L"http://host/x")));
+    EXPECT_EQ("/tmp/x", Narrow(GetLocalFileName(L"file:///tmp/x")));
+    EXPECT_EQ("http://host/x", Narrow(GetLocalFileName(L"http://host/x")));
+    EXPECT_EQ("FILE:///x", Narrow(GetLocalFileName(L"FILE:///x")));
+    EXPECT_EQ("", Narrow(GetLocalFileName(nullptr)));
+
+    CStr<wchar_t> name;
+    CFURLRef parent = file_utils::GetParentFolderURL(L"/a/b/c/", name);
+    ASSERT_NE(nullptr, parent);
+    EXPECT_EQ("c", Narrow(name));
+    CStr<wchar_t> parentPath;
+    TFileLocationInfo::GetPathFromCFURLRef(parent, parentPath);
+    EXPECT_EQ("/a/b", Narrow(parentPath));
+    CFRelease(parent);
+    EXPECT_EQ(nullptr, file_utils::GetParentFolderURL(L"plain", name));
+
+    EXPECT_FALSE(CreatePathIfNotExistant(L"/anything"));
+    EXPECT_TRUE(StartApplication(TFileLocationInfo(), L"", true));
+}
+
+TEST(FileUtils, ReadersAndWritersByteForByte)
+{
+    TemporaryFolder folder;
+    const TFileLocationInfo bin = PathLocation(folder / "bin");
+    std::string bytes;
+    for (int k = 0; k < 512; ++k)
+        bytes += static_cast<char>(k);
+    ASSERT_TRUE(WriteBinBufferToFile(bin, bytes.data(), static_cast<long>(bytes.size())));
+    EXPECT_EQ(bytes, ReadFile(folder / "bin"));
+    void *buffer = nullptr;
+    long size = 0;
+    ASSERT_TRUE(ReadBinFileToBuffer(bin, buffer, size));
+    EXPECT_EQ(bytes, std::string(static_cast<char *>(buffer), static_cast<size_t>(size)));
+    delete[] static_cast<char *>(buffer);
+
+    const TFileLocationInfo text = PathLocation(folder / "text");
+    ASSERT_TRUE(WriteASCIITextBufferToFile(text, "line one\nline two\n"));
+    EXPECT_EQ("line one\nline two\n", ReadFile(folder / "text"));
+    char *read = nullptr;
+    ASSERT_TRUE(ReadASCIITextFileToBuffer(text, read));
+    EXPECT_STREQ("line one\nline two\n", read);
+    delete[] read;
+
+    // Bad input fails before the file is opened, so nothing is lost.
+    EXPECT_FALSE(WriteASCIITextBufferToFile(text, nullptr));
+    EXPECT_FALSE(WriteBinBufferToFile(text, nullptr, 4));
+    EXPECT_EQ("line one\nline two\n", ReadFile(folder / "text"));
+
+    const TFileLocationInfo missing = PathLocation(folder / "missing");
+    buffer = reinterpret_cast<void *>(1);
+    EXPECT_FALSE(ReadBinFileToBuffer(missing, buffer, size));
+    EXPECT_EQ(nullptr, buffer);
+    EXPECT_FALSE(ReadASCIITextFileToBuffer(missing, read));
+    EXPECT_EQ(nullptr, read);
+    EXPECT_FALSE(ReadBinFileToBuffer(PathLocation(folder.Path()), buffer, size)); // a folder has no bytes
+}
+
+TEST(FileUtils, UnicodeReaderAndWriterAreNotInverses)
+{
+    TemporaryFolder folder;
+    const TFileLocationInfo written = PathLocation(folder / "written");
+    ASSERT_TRUE(WriteUnicodeTextBufferToFile(written, L"A\u00E9"));
+    std::string expected("\xFE\xFF", 2);
+    for (wchar_t ch : std::wstring(L"A\u00E9"))
+        expected.append(reinterpret_cast<const char *>(&ch), sizeof ch);
+    EXPECT_EQ(expected, ReadFile(folder / "written"));
+
+    // Little-endian with its mark: the text, without the mark.
+    WriteFile(folder / "le", std::string("\xFF\xFE" "A\x00\xE9\x00\x00\x4E", 8));
+    wchar_t *text = nullptr;
+    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "le"), text, false));
+    EXPECT_EQ(std::wstring(L"A\u00E9\u4E00"), std::wstring(text));
+    delete[] text;
+
+    // Big-endian: the mark goes, the bytes are never swapped.
+    WriteFile(folder / "be", std::string("\xFE\xFF\x00" "A\x00\xE9", 6));
+    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "be"), text, true));
+    EXPECT_EQ(std::wstring(L"\u4100\uE900"), std::wstring(text));
+    delete[] text;
+
+    // An odd byte count is padded; a zero unit ends the text.
+    WriteFile(folder / "odd", std::string("B\x00\x00\x00" "C\x00" "D", 7));
+    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "odd"), text, false));
+    EXPECT_EQ(std::wstring(L"B"), std::wstring(text));
+    delete[] text;
+
+    // Reading our own output back does not give the text again.
+    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(written, text, false));
+    EXPECT_NE(std::wstring(L"A\u00E9"), std::wstring(text));
+    delete[] text;
+
+    EXPECT_FALSE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "missing"), text, false));
+    EXPECT_FALSE(WriteUnicodeTextBufferToFile(PathLocation(folder / "missing/x"), L"x"));
+}
+
+TEST(FileUtils, TemporaryFoldersAndNames)
+{
+    PrivateTemporaryFolder temporary;
+    TFileLocationInfo location;
+    ASSERT_TRUE(GetSysTempFolder(location));
+    EXPECT_EQ(TFileLocationInfo::kLocationFSRef, location.kind);
+    EXPECT_EQ(temporary.Path(), Narrow(location.GetFullPath()));
+
+    ASSERT_TRUE(GetAppTempFolder(location));
+    EXPECT_EQ(TFileLocationInfo::kLocationPath, location.kind);
+    EXPECT_EQ(temporary.AppFolder(), Narrow(location.path));
+    struct stat st;
+    ASSERT_EQ(0, stat(temporary.AppFolder().c_str(), &st));
+    EXPECT_TRUE(S_ISDIR(st.st_mode));
+
+    ASSERT_TRUE(GetTempFileLocation(L"report", L"txt", location));
+    EXPECT_EQ(temporary.AppFolder() + "report.txt", Narrow(location.path));
+    EXPECT_FALSE(Exists(Narrow(location.path)));
+    std::vector<std::string> seen;
+    for (int k = 0; k < 3; ++k) {
+        ASSERT_TRUE(GetTempFileLocation(L"report", L"txt", location));
+        seen.push_back(Narrow(GetFileNameFromFullPath(location.path)));
+        ASSERT_TRUE(location.CreateFile());
+    }
+    EXPECT_EQ((std::vector<std::string>{"report.txt", "report_001.txt", "report_002.txt"}), seen);
+
+    ASSERT_TRUE(GetExactTempFileLocation(L"exact.name", location));
+    EXPECT_EQ(temporary.AppFolder() + "exact.name", Narrow(location.path));
+    ASSERT_TRUE(GetExactTempFileLocation(Wide(std::string(400, 'n') + ".ext"), location));
+    EXPECT_EQ(256, location.path.GetLength()); // cut, the extension with it
+    EXPECT_EQ('n', location.path[255]);
+}
+
+TEST(FileUtils, TemporaryNamesPastNineHundredNinetyNine)
+{
+    PrivateTemporaryFolder temporary;
+    TFileLocationInfo location;
+    ASSERT_TRUE(GetAppTempFolder(location));
+    const std::string folder = temporary.AppFolder();
+    WriteFile(folder + "n.x", "");
+    for (int k = 1; k < 1000; ++k) {
+        char name[32];
+        std::snprintf(name, sizeof name, "n_%03d.x", k);
+        WriteFile(folder + name, "");
+    }
+    // The thousandth name is free, and the old slip stays: the location ends
+    // up as the folder's own path run into "n_000.x", which is deleted.
+    const std::string slip = temporary.Path() + "/Orvan/Mirteln_000.x";
+    WriteFile(slip, "removed by the slip");
+    ASSERT_TRUE(GetTempFileLocation(L"n", L"x", location));
+    EXPECT_EQ(slip, Narrow(location.path));
+    EXPECT_FALSE(Exists(slip));
+
+    // All taken: the last candidate comes back although it exists.
+    WriteFile(folder + "n_1000.x", "");
+    ASSERT_TRUE(GetTempFileLocation(L"n", L"x", location));
+    EXPECT_EQ(folder + "n_1000.x", Narrow(location.path));
+}
+
+TEST(FileUtils, CreateLocationAcceptsAnExistingFolder)
+{
+    TemporaryFolder folder;
+    EXPECT_TRUE(CreateLocation(PathLocation(folder / "new/")));
+    EXPECT_TRUE(CreateLocation(PathLocation(folder / "new/")));
+    EXPECT_FALSE(PathLocation(folder / "new/").CreateFolder());
+    EXPECT_FALSE(CreateLocation(PathLocation(folder / "a/b/c")));
+    EXPECT_FALSE(CreateLocation(TFileLocationInfo()));
+    WriteFile(folder / "new/file", "");
+    EXPECT_TRUE(DeleteLocation(PathLocation(folder / "new/file")));
+    EXPECT_FALSE(Exists(folder / "new/file"));
+}
+
+TEST(FileUtils, DeleteDirRemovesTheTreeButNothingOutsideIt)
+{
+    TemporaryFolder folder, outside;
+    WriteFile(outside / "precious", "keep me");
+    mkdir((folder / "tree").c_str(), 0755);
+    mkdir((folder / "tree/sub").c_str(), 0755);
+    mkdir((folder / "tree/sub/deeper").c_str(), 0755);
+    WriteFile(folder / "tree/a", "");
+    WriteFile(folder / "tree/._a", "companion");
+    WriteFile(folder / "tree/sub/b", "");
+    WriteFile(folder / "tree/sub/deeper/c", "");
+    symlink(outside.Path().c_str(), (folder / "tree/sub/link").c_str());
+
+    // Without recursion the files go, the folders stay, and so does the tree.
+    EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), false));
+    EXPECT_FALSE(Exists(folder / "tree/a"));
+    EXPECT_FALSE(Exists(folder / "tree/._a"));
+    EXPECT_TRUE(Exists(folder / "tree/sub/b"));
+
+    EXPECT_TRUE(DeleteDir(PathLocation(folder / "tree/"), true));
+    EXPECT_FALSE(Exists(folder / "tree"));
+    EXPECT_EQ("keep me", ReadFile(outside / "precious"));
+    EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), true));
+    EXPECT_FALSE(DeleteDir(TFileLocationInfo(), true));
+}
+
+TEST(FileUtils, EnumFilesInFolderMatchesExtensionsIgnoringCase)
+{
+    TemporaryFolder folder;
+    for (const char *name : {"a.txt", "B.TXT", "c.Txt", "d.text", "txt", "archive.txt.gz", "._a.txt"})
+        WriteFile(folder / name, "");
+    mkdir((folder / "folder.txt").c_str(), 0755);
+    WriteFile(folder / "folder.txt/inner.txt", "");
+
+    std::vector<CStr<wchar_t>> found{CStr<wchar_t>(L"kept")};
+    ASSERT_TRUE(EnumFilesInFolder(L"txt", PathLocation(folder / ""), found));
+    std::vector<std::string> names;
+    for (const CStr<wchar_t> &name : found)
+        names.push_back(Narrow(name));
+    ASSERT_FALSE(names.empty());
+    EXPECT_EQ("kept", names.front()); // appended, not replaced
+    std::sort(names.begin() + 1, names.end());
+    EXPECT_EQ((std::vector<std::string>{"kept", "B.TXT", "a.txt", "c.Txt", "folder.txt"}), names);
+
+    std::vector<CStr<wchar_t>> none;
+    EXPECT_FALSE(EnumFilesInFolder(L"txt", PathLocation(folder / "missing/"), none));
+    EXPECT_FALSE(EnumFilesInFolder(nullptr, PathLocation(folder / ""), none));
+    EXPECT_TRUE(none.empty());
+}
+
+TEST(FileUtils, ModuleFolderAndParents)
+{
+    char executable[PATH_MAX];
+    const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
+    ASSERT_GT(length, 0);
+    executable[length] = 0;
+    std::string expected(executable);
+    expected = expected.substr(0, expected.rfind('/') + 1);
+    TFileLocationInfo module;
+    ASSERT_TRUE(GetModuleFolder(module, nullptr, false));
+    EXPECT_EQ(TFileLocationInfo::kLocationPath, module.kind);
+    EXPECT_EQ(expected, Narrow(module.path));
+
+    TemporaryFolder folder;
+    mkdir((folder / "Tool.bundle").c_str(), 0755);
+    CFURLRef bundleURL = PathLocation(folder / "Tool.bundle/").CreateCFURL();
+    CFBundleRef bundle = CFBundleCreate(kCFAllocatorDefault, bundleURL);
+    if (bundle) {
+        ASSERT_TRUE(GetModuleFolder(module, bundle, true));
+        EXPECT_EQ(folder.Path() + "/", Narrow(module.path));
+        CFRelease(bundle);
+    }
+
+    FSRef parent;
+    CStr<wchar_t> name;
+    EXPECT_EQ(noErr, GetParentFSRefAndName(bundleURL, &parent, name));
+    EXPECT_EQ(folder.Path(), PathOf(parent));
+    EXPECT_EQ("Tool.bundle", Narrow(name));
+    CFRelease(bundleURL);
+    CFURLRef lost = PathLocation(folder / "missing/file").CreateCFURL();
+    EXPECT_EQ(fnfErr, GetParentFSRefAndName(lost, &parent, name));
+    CFRelease(lost);
+    EXPECT_EQ(paramErr, GetParentFSRefAndName(nullptr, &parent, name));
+}
+
+} // namespace
