@@ -2,6 +2,7 @@
  * one live object, and constant UUIDs are kept for the process's life. */
 #include "CFInternal.h"
 #include <pthread.h>
+#include <stdio.h>
 #include <string.h>
 
 CFTypeID CFUUIDGetTypeID(void)
@@ -17,10 +18,24 @@ static CFUUIDRef __CFUUIDCreateFromRawBytes(const UInt8 bytes[16])
     return (CFUUIDRef)[[NSUUID alloc] initWithUUIDBytes:(unsigned char *)bytes];
 }
 
+/* A random UUID with the version (4) and variant (RFC 4122) bits set;
+ * Foundation's own generator here leaves them random. */
 CFUUIDRef CFUUIDCreate(CFAllocatorRef alloc)
 {
     (void)alloc;
-    return (CFUUIDRef)[[NSUUID alloc] init];
+    UInt8 bytes[16];
+    FILE *random = fopen("/dev/urandom", "rb");
+    size_t got = random != NULL ? fread(bytes, 1, sizeof(bytes), random) : 0;
+    if (random != NULL)
+        fclose(random);
+    if (got != sizeof(bytes)) {
+        NSUUID *fallback = [[NSUUID alloc] init];
+        [fallback getUUIDBytes:bytes];
+        [fallback release];
+    }
+    bytes[6] = (UInt8)((bytes[6] & 0x0F) | 0x40);
+    bytes[8] = (UInt8)((bytes[8] & 0x3F) | 0x80);
+    return __CFUUIDCreateFromRawBytes(bytes);
 }
 
 CFUUIDRef CFUUIDCreateFromUUIDBytes(CFAllocatorRef alloc, CFUUIDBytes bytes)

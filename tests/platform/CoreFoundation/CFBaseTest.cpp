@@ -151,6 +151,8 @@ TEST(CFBase, UUIDsRoundTripThroughText)
     CFUUIDRef b = CFUUIDCreateFromString(nullptr, text);
     EXPECT_TRUE(CFEqual(a, b));
     CFUUIDBytes raw = CFUUIDGetUUIDBytes(a);
+    EXPECT_EQ(raw.byte6 >> 4, 4);         // version 4: random
+    EXPECT_EQ(raw.byte8 & 0xC0, 0x80);    // RFC 4122 variant
     CFUUIDRef c = CFUUIDCreateFromUUIDBytes(nullptr, raw);
     EXPECT_TRUE(CFEqual(a, c));
 
