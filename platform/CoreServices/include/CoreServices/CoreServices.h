@@ -5,6 +5,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 #include <CoreServices/MacErrors.h>
+#include <CoreServices/MacMemory.h>
 #include <CoreServices/Files.h>
 #include <CoreServices/Aliases.h>
 #include <CoreServices/Folders.h>
