@@ -201,9 +201,12 @@ CFBundleRef CFBundleCreate(CFAllocatorRef allocator, CFURLRef bundleURL)
     __CF_POOL_BEGIN
     if (__CFIsDirectory((NSString *)path)) {
         NSBundle *bundle = [NSBundle bundleWithPath:(NSString *)path];
-        /* Once a bundle's code is loaded, Foundation answers that bundle for
-         * any other folder with the same identifier; no bundle beats the
-         * wrong one. */
+        /* Foundation answers a bundle it holds for another folder with the
+         * same identifier, and forgets that identifier as it does; asked
+         * again it makes the bundle of this folder.  Should it still answer
+         * another folder, no bundle beats the wrong one. */
+        if (bundle != nil && !__CFIsSameFile([bundle bundlePath], (NSString *)path))
+            bundle = [NSBundle bundleWithPath:(NSString *)path];
         if (bundle != nil && !__CFIsSameFile([bundle bundlePath], (NSString *)path))
             bundle = nil;
         if (bundle != nil)

@@ -196,16 +196,23 @@ KT_CASE(BundlesFromAFolder)
     RemoveBundles(folder);
 }
 
-KT_CASE(LoadedIdentifierIsNotHandedOutForAnotherFolder)
+KT_CASE(SameIdentifierInTwoFoldersGivesTwoBundles)
 {
     NSString *first = MakeBundlesKeepingIdentifiers(YES);
     NSString *second = MakeBundlesKeepingIdentifiers(YES);
     KT_ASSERT(first != nil && second != nil);
-    CFBundleRef loaded = CreateBundle([first stringByAppendingPathComponent:@"GNUstep.bundle"]);
+    NSString *firstPath = [first stringByAppendingPathComponent:@"GNUstep.bundle"];
+    NSString *secondPath = [second stringByAppendingPathComponent:@"GNUstep.bundle"];
+    CFBundleRef loaded = CreateBundle(firstPath);
     KT_ASSERT(loaded != NULL);
     KT_EXPECT(CFBundleLoadExecutable(loaded));
-    /* Foundation would answer the loaded bundle for the copy; CF answers none. */
-    KT_EXPECT(CreateBundle([second stringByAppendingPathComponent:@"GNUstep.bundle"]) == NULL);
+    /* Foundation would hand out the loaded bundle for the copy. */
+    CFBundleRef copy = CreateBundle(secondPath);
+    KT_ASSERT(copy != NULL);
+    KT_EXPECT(copy != loaded);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(copy)), secondPath);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(loaded)), firstPath);
+    CFRelease(copy);
     CFRelease(loaded);
     RemoveBundles(first);
     RemoveBundles(second);
