@@ -503,7 +503,7 @@ CFStringRef CFURLCreateStringByReplacingPercentEscapesUsingEncoding(CFAllocatorR
             continue;
         }
         /* A run of escapes decodes together, so multi-byte characters survive. */
-        CFIndex start = i, n = 0;
+        CFIndex n = 0;
         while (i < length && CFStringGetCharacterAtIndex(origString, i) == '%') {
             if (i + 2 >= length) {
                 ok = NO;
@@ -527,14 +527,22 @@ CFStringRef CFURLCreateStringByReplacingPercentEscapesUsingEncoding(CFAllocatorR
             ok = NO;
             break;
         }
-        if (charsToLeaveEscaped != NULL && CFStringGetLength(charsToLeaveEscaped) > 0) {
-            NSCharacterSet *keep = [NSCharacterSet characterSetWithCharactersInString:(NSString *)charsToLeaveEscaped];
-            if ([(NSString *)decoded rangeOfCharacterFromSet:keep].location != NSNotFound) {
-                CFRelease(decoded);
-                decoded = CFStringCreateWithSubstring(NULL, origString, CFRangeMake(start, i - start));
+        /* Characters the caller wants kept escaped are escaped again, one by one. */
+        CFIndex decodedLength = CFStringGetLength(decoded);
+        for (CFIndex k = 0; k < decodedLength; k++) {
+            UniChar unit = CFStringGetCharacterAtIndex(decoded, k);
+            CFStringRef one = CFStringCreateWithCharacters(NULL, &unit, 1);
+            if (charsToLeaveEscaped != NULL && CFStringFind(charsToLeaveEscaped, one, 0).location != kCFNotFound) {
+                UInt8 escape[8];
+                CFIndex used = 0;
+                CFStringGetBytes(one, CFRangeMake(0, 1), encoding, '?', false, escape, sizeof(escape), &used);
+                for (CFIndex e = 0; e < used; e++)
+                    [result appendFormat:@"%%%02X", escape[e]];
+            } else {
+                [result appendFormat:@"%C", unit];
             }
+            CFRelease(one);
         }
-        [result appendString:(NSString *)decoded];
         CFRelease(decoded);
     }
     free(bytes);

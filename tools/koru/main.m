@@ -98,6 +98,22 @@ static BOOL tourBundle(CFBundleRef bundle)
     return true;
 }
 
+/* The toolkit's Objective-C classes, found by name once the bundle is loaded. */
+static void tourClasses(void)
+{
+    static const char *names[] = {"TableController", "TableView", "CommandTool", "DiskImage",
+                                  "Method", "TreeRound", "FileIconView", "MenuButton"};
+    int found = 0;
+    for (size_t i = 0; i < sizeof(names) / sizeof(names[0]); i++) {
+        Class class = NSClassFromString([NSString stringWithUTF8String:names[i]]);
+        if (class != Nil) {
+            printf("  class %-16s from the bundle\n", names[i]);
+            found++;
+        }
+    }
+    printf("  Objective-C classes found by name: %d of %d\n", found, (int)(sizeof(names) / sizeof(names[0])));
+}
+
 int main(int argc, char **argv)
 {
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
@@ -118,6 +134,7 @@ int main(int argc, char **argv)
     printf("KORU toolkit, loaded at run time from %s\n\n", [bundlePath UTF8String]);
     printf("The bundle\n");
     int status = tourBundle(bundle) ? 0 : 1;
+    tourClasses();
 
     qsort(sections, (size_t)sectionCount, sizeof(sections[0]), compareSections);
     for (int i = 0; i < sectionCount; i++) {
