@@ -43,15 +43,17 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
 
 /* ---- Constant strings ------------------------------------------------- */
 
-/* CFSTR strings are never freed, whatever callers retain or release. */
-@interface __KCFConstantString : NSString {
+/* A string over a buffer of UTF-16 units of its own.  Foundation refuses
+ * unpaired surrogates, which CF strings may hold; such strings are made of
+ * this class.  The units are freed with the string. */
+@interface __KCFUnitString : NSString {
     UniChar *_units;
     NSUInteger _length;
 }
 - (id)initWithUnits:(UniChar *)units length:(NSUInteger)length;
 @end
 
-@implementation __KCFConstantString
+@implementation __KCFUnitString
 - (id)initWithUnits:(UniChar *)units length:(NSUInteger)length
 {
     if ((self = [super init]) != nil) {
@@ -59,6 +61,11 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
         _length = length;
     }
     return self;
+}
+- (void)dealloc
+{
+    free(_units);
+    [super dealloc];
 }
 - (NSUInteger)length
 {
@@ -77,6 +84,18 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
         [NSException raise:NSRangeException format:@"range beyond length"];
     memcpy(buffer, _units + range.location, range.length * sizeof(unichar));
 }
+- (id)copyWithZone:(NSZone *)zone
+{
+    (void)zone;
+    return [self retain];
+}
+@end
+
+/* CFSTR strings are never freed, whatever callers retain or release. */
+@interface __KCFConstantString : __KCFUnitString
+@end
+
+@implementation __KCFConstantString
 - (id)retain
 {
     return self;
@@ -91,11 +110,6 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
 - (NSUInteger)retainCount
 {
     return UINT_MAX;
-}
-- (id)copyWithZone:(NSZone *)zone
-{
-    (void)zone;
-    return self;
 }
 - (void)dealloc
 {
@@ -189,9 +203,37 @@ CFStringRef __CFStringMakeConstantString(const char *cStr)
 
 /* ---- Creation --------------------------------------------------------- */
 
+/* Whether every surrogate is part of a pair, as Foundation requires. */
+static BOOL __CFUnitsArePaired(const UniChar *units, CFIndex count)
+{
+    for (CFIndex i = 0; i < count; i++) {
+        if (units[i] >= 0xD800 && units[i] <= 0xDBFF && i + 1 < count && units[i + 1] >= 0xDC00 &&
+            units[i + 1] <= 0xDFFF)
+            i++;
+        else if (units[i] >= 0xD800 && units[i] <= 0xDFFF)
+            return NO;
+    }
+    return YES;
+}
+
+/* Takes ownership of units (malloc'ed). */
 static CFStringRef __CFStringFromUnits(UniChar *units, CFIndex count)
 {
+    if (!__CFUnitsArePaired(units, count))
+        return (CFStringRef)[[__KCFUnitString alloc] initWithUnits:units length:(NSUInteger)count];
     return (CFStringRef)[[NSString alloc] initWithCharactersNoCopy:units length:(NSUInteger)count freeWhenDone:YES];
+}
+
+static CFStringRef __CFStringFromCopiedUnits(const UniChar *chars, CFIndex numChars)
+{
+    if (__CFUnitsArePaired(chars, numChars))
+        return (CFStringRef)[[NSString alloc] initWithCharacters:chars length:(NSUInteger)numChars];
+    UniChar *units = malloc((numChars ? (size_t)numChars : 1) * sizeof(UniChar));
+    if (units == NULL)
+        return NULL;
+    if (numChars > 0)
+        memcpy(units, chars, (size_t)numChars * sizeof(UniChar));
+    return (CFStringRef)[[__KCFUnitString alloc] initWithUnits:units length:(NSUInteger)numChars];
 }
 
 CFStringRef CFStringCreateWithBytes(CFAllocatorRef alloc, const UInt8 *bytes, CFIndex numBytes,
@@ -256,7 +298,7 @@ CFStringRef CFStringCreateWithCharacters(CFAllocatorRef alloc, const UniChar *ch
     (void)alloc;
     if ((chars == NULL && numChars != 0) || numChars < 0)
         return NULL;
-    return (CFStringRef)[[NSString alloc] initWithCharacters:chars length:(NSUInteger)numChars];
+    return __CFStringFromCopiedUnits(chars, numChars);
 }
 
 CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef alloc, const UniChar *chars, CFIndex numChars,
@@ -266,10 +308,9 @@ CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef alloc, const UniCh
     if ((chars == NULL && numChars != 0) || numChars < 0)
         return NULL;
     if (__CFAllocatorFreesWithFree(contentsDeallocator))
-        return (CFStringRef)[[NSString alloc] initWithCharactersNoCopy:(unichar *)chars length:(NSUInteger)numChars
-                                                          freeWhenDone:YES];
+        return __CFStringFromUnits((UniChar *)chars, numChars);
     /* The caller keeps its buffer and may reuse it: keep a copy. */
-    return (CFStringRef)[[NSString alloc] initWithCharacters:chars length:(NSUInteger)numChars];
+    return __CFStringFromCopiedUnits(chars, numChars);
 }
 
 CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef alloc, CFDictionaryRef formatOptions,
@@ -333,7 +374,10 @@ CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef alloc, CFIndex maxLe
         return NULL;
     if (theString == NULL)
         return CFStringCreateMutable(alloc, maxLength);
-    return (CFMutableStringRef)[__CFStr(theString) mutableCopy];
+    /* Appending copies the units as they are, unpaired surrogates included. */
+    NSMutableString *copy = [[NSMutableString alloc] initWithCapacity:[__CFStr(theString) length]];
+    [copy appendString:__CFStr(theString)];
+    return (CFMutableStringRef)copy;
 }
 
 CFDataRef CFStringCreateExternalRepresentation(CFAllocatorRef alloc, CFStringRef theString,

@@ -136,9 +136,19 @@ TEST(CFString, SurrogatePairsConvertWholeAndLoneOnesFail)
     EXPECT_EQ(CFStringGetLength(back.str()), 2);
     EXPECT_TRUE(CFEqual(pair.object, back.object));
 
-    const UniChar lone[] = {'a', 0xD834};
-    Ref broken(CFStringCreateWithCharacters(nullptr, lone, 2));
+    // A lone surrogate is a valid CF string; converting it needs a loss byte.
+    const UniChar lone[] = {'a', 0xD834, 'b'};
+    Ref broken(CFStringCreateWithCharacters(nullptr, lone, 3));
+    ASSERT_NE(broken.object, nullptr);
+    EXPECT_EQ(CFStringGetLength(broken.str()), 3);
+    EXPECT_EQ(CFStringGetCharacterAtIndex(broken.str(), 1), 0xD834);
     EXPECT_FALSE(CFStringGetCString(broken.str(), utf8, sizeof utf8, kCFStringEncodingUTF8));
+    Ref lossy(CFStringCreateExternalRepresentation(nullptr, broken.str(), kCFStringEncodingUTF8, 0xFF));
+    ASSERT_NE(lossy.object, nullptr);
+    EXPECT_EQ(Bytes(lossy.data()), (std::vector<UInt8>{'a', 0xFF, 'b'}));
+    Ref copy(CFStringCreateMutableCopy(nullptr, 0, broken.str()));
+    CFStringAppend(copy.mstr(), CFSTR("!"));
+    EXPECT_EQ(CFStringGetLength(copy.str()), 4);
 }
 
 TEST(CFString, ExternalRepresentationCarriesAByteOrderMark)
