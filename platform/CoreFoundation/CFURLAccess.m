@@ -270,7 +270,8 @@ static int __CFURLWriteFile(const char *requestedPath, const UInt8 *bytes, size_
     const char *slash = strrchr(path, '/');
     size_t folderLength = slash != NULL ? (size_t)(slash - path) : 0;
     char temporary[PATH_MAX];
-    int written = snprintf(temporary, sizeof temporary, "%.*s/.%s.XXXXXX", (int)folderLength, path,
+    /* The name is shortened so that a long one still leaves room for the suffix. */
+    int written = snprintf(temporary, sizeof temporary, "%.*s/.%.64s.XXXXXX", (int)folderLength, path,
                            slash != NULL ? slash + 1 : path);
     if (written < 0 || (size_t)written >= sizeof temporary)
         return ENAMETOOLONG;

@@ -181,13 +181,6 @@ TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
     EXPECT_STREQ("ab", partial);
     free(partial);
 
-    // An unknown destination: nothing converted, the zeroed buffer returned.
-    char *none = CFStringAllocTECConvertedText(cafe.ref, 0x7777, 0, nullptr, nullptr, &status);
-    ASSERT_NE(nullptr, none);
-    EXPECT_EQ(kTECNoConversionPathErr, status);
-    EXPECT_STREQ("", none);
-    free(none);
-
     EXPECT_EQ(nullptr, CFStringAllocTECConvertedText(nullptr, kTextEncodingMacRoman, 1, &consumed, &produced, &status));
     EXPECT_EQ(0, status);
     EXPECT_EQ(0u, consumed);
@@ -250,10 +243,6 @@ TEST(CFStringUtilitiesTest, TestsOnCFObjects)
     EXPECT_FALSE(CFStringIsVoid(word.ref));
 
     EXPECT_EQ(nullptr, CFTypeRetain(nullptr));
-    const CFIndex before = CFGetRetainCount(number);
-    EXPECT_EQ(number, CFTypeRetain(number));
-    EXPECT_EQ(before + 1, CFGetRetainCount(number));
-    CFRelease(number);
     CFRelease(number);
 
     String sameWord(MakeString("word"));

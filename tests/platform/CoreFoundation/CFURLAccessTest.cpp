@@ -170,6 +170,12 @@ TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
     EXPECT_TRUE(S_ISLNK(info.st_mode));
     EXPECT_EQ("first version", Read(Path("doc.txt")));
 
+    // The longest name a folder takes is written too (its temporary name is shorter).
+    const std::string longName(255, 'n');
+    ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL(longName), second, nullptr, &error));
+    EXPECT_EQ("second", Read(Path(longName)));
+    unlink(Path(longName).c_str());
+
     // A directory URL given data makes the folder.
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("made", true), first, nullptr, &error));
     ASSERT_EQ(0, stat(Path("made").c_str(), &info));
