@@ -311,21 +311,29 @@ bool DeleteDir(const TFileLocationInfo &folder, bool recursive)
     if (!FolderRef(folder, ref) || FSOpenIterator(&ref, kFSIterateFlat, &iterator) != noErr)
         return false;
     // Gather first, delete after: deleting while the folder is being read
-    // could make the listing skip entries.
-    std::vector<TFileLocationInfo> children;
+    // could make the listing skip entries.  Whether a child is a folder comes
+    // from the node flags the listing fetches anyway: they are what the
+    // child's URL would report as its directory flag, so no URL is made per
+    // child (that would cost more than deleting it).
+    struct Child {
+        TFileLocationInfo location;
+        bool isFolder;
+    };
+    std::vector<Child> children;
     ItemCount count;
     FSRef childRef;
-    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNone, nullptr, &childRef,
-                                nullptr, nullptr) == noErr) {
-        children.emplace_back();
-        children.back().SetFSRef(childRef);
+    FSCatalogInfo info;
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info, &childRef, nullptr,
+                                nullptr) == noErr) {
+        children.push_back({TFileLocationInfo(), (info.nodeFlags & kFSNodeIsDirectoryMask) != 0});
+        children.back().location.SetFSRef(childRef);
     }
     FSCloseIterator(iterator);
-    for (const TFileLocationInfo &child : children) {
-        if (!child.IsFolder())
-            child.Delete();
+    for (const Child &child : children) {
+        if (!child.isFolder)
+            FSDeleteObject(&child.location.storage.ref); // what Delete() does for a file held by FSRef
         else if (recursive)
-            DeleteDir(child, true);
+            DeleteDir(child.location, true);
     }
     // Failures above show here: a folder that is not empty stays.
     return FSDeleteObject(&ref) == noErr;
