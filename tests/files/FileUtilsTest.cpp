@@ -313,15 +313,24 @@ TEST(FileUtils, ModuleFolderAndParents)
     EXPECT_EQ(TFileLocationInfo::kLocationPath, module.kind);
     EXPECT_EQ(expected, Narrow(module.path));
 
+    // A bundle in the Mac layout: its folder, and the folder of its executable.
     TemporaryFolder folder;
     mkdir((folder / "Tool.bundle").c_str(), 0755);
+    mkdir((folder / "Tool.bundle/Contents").c_str(), 0755);
+    mkdir((folder / "Tool.bundle/Contents/MacOS").c_str(), 0755);
+    WriteFile(folder / "Tool.bundle/Contents/Info.plist",
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+              "<key>CFBundleExecutable</key><string>Tool</string></dict></plist>\n");
+    WriteFile(folder / "Tool.bundle/Contents/MacOS/Tool", "");
+    chmod((folder / "Tool.bundle/Contents/MacOS/Tool").c_str(), 0755);
     CFURLRef bundleURL = PathLocation(folder / "Tool.bundle/").CreateCFURL();
     CFBundleRef bundle = CFBundleCreate(kCFAllocatorDefault, bundleURL);
-    if (bundle) {
-        ASSERT_TRUE(GetModuleFolder(module, bundle, true));
-        EXPECT_EQ(folder.Path() + "/", Narrow(module.path));
-        CFRelease(bundle);
-    }
+    ASSERT_NE(nullptr, bundle);
+    ASSERT_TRUE(GetModuleFolder(module, bundle, true));
+    EXPECT_EQ(folder.Path() + "/", Narrow(module.path));
+    ASSERT_TRUE(GetModuleFolder(module, bundle, false));
+    EXPECT_EQ(folder / "Tool.bundle/Contents/MacOS/", Narrow(module.path));
+    CFRelease(bundle);
 
     FSRef parent;
     CStr<wchar_t> name;
