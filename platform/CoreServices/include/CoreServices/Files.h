@@ -247,7 +247,7 @@ OSStatus FSPathMakeRefWithOptions(const UInt8 *path, OptionBits options, FSRef *
                                   Boolean *isDirectory);
 
 /* The absolute POSIX path (UTF-8, NUL-terminated) of the object into a buffer
- * of maxPathSize bytes.  fnfErr for a stale ref, pathTooLongErr when the
+ * of maxPathSize bytes.  fnfErr for a stale ref, pathTooLongErr (-2110) when the
  * buffer is too small (the buffer then holds an empty string). */
 OSStatus FSRefMakePath(const FSRef *ref, UInt8 *path, UInt32 maxPathSize);
 
