@@ -200,3 +200,101 @@ TEST(CFBase, ShowWritesToStandardError)
 }
 
 }  // namespace
+
+namespace {
+
+// Every function given NULL where an object is required answers its neutral
+// result and touches nothing.
+TEST(CFBase, NullArgumentsGiveNeutralResults)
+{
+    CFRange whole = CFRangeMake(0, 0);
+    char cBuffer[8] = "x";
+    unsigned char pBuffer[8] = {1, 'x'};
+    UniChar units[2] = {'a', 'b'};
+    CFIndex used = 5;
+
+    EXPECT_EQ(CFStringGetLength(nullptr), 0);
+    EXPECT_EQ(CFStringGetCharacterAtIndex(nullptr, 0), 0);
+    CFStringGetCharacters(nullptr, CFRangeMake(0, 1), units);
+    EXPECT_EQ(units[0], 'a');
+    EXPECT_EQ(CFStringGetBytes(nullptr, whole, kCFStringEncodingUTF8, 0, false, nullptr, 0, &used), 0);
+    EXPECT_EQ(used, 0);
+    EXPECT_FALSE(CFStringGetCString(nullptr, cBuffer, sizeof cBuffer, kCFStringEncodingUTF8));
+    EXPECT_EQ(cBuffer[0], '\0');
+    EXPECT_FALSE(CFStringGetPascalString(nullptr, pBuffer, sizeof pBuffer, kCFStringEncodingMacRoman));
+    EXPECT_EQ(pBuffer[0], 0);
+    EXPECT_EQ(CFStringCreateCopy(nullptr, nullptr), nullptr);
+    EXPECT_EQ(CFStringCreateWithSubstring(nullptr, nullptr, whole), nullptr);
+    EXPECT_EQ(CFStringCreateWithPascalString(nullptr, nullptr, kCFStringEncodingMacRoman), nullptr);
+    EXPECT_EQ(CFStringCreateWithBytes(nullptr, nullptr, 4, kCFStringEncodingUTF8, false), nullptr);
+    EXPECT_EQ(CFStringCreateWithFormat(nullptr, nullptr, nullptr), nullptr);
+    EXPECT_EQ(CFStringCreateExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8, 0), nullptr);
+    EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8), nullptr);
+    EXPECT_EQ(CFStringCreateArrayBySeparatingStrings(nullptr, nullptr, CFSTR(",")), nullptr);
+    EXPECT_EQ(CFStringCreateByCombiningStrings(nullptr, nullptr, CFSTR(",")), nullptr);
+    EXPECT_EQ(CFStringFind(nullptr, CFSTR("a"), 0).location, kCFNotFound);
+    EXPECT_EQ(CFStringFind(CFSTR("a"), nullptr, 0).location, kCFNotFound);
+    EXPECT_FALSE(CFStringHasPrefix(nullptr, CFSTR("a")));
+    EXPECT_FALSE(CFStringHasSuffix(CFSTR("a"), nullptr));
+    EXPECT_EQ(CFStringGetIntValue(nullptr), 0);
+    EXPECT_EQ(CFStringGetSmallestEncoding(nullptr), kCFStringEncodingInvalidId);
+    EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(nullptr), kCFStringEncodingInvalidId);
+    CFStringAppend(nullptr, nullptr);
+    CFStringAppendCString(nullptr, "x", kCFStringEncodingUTF8);
+    CFStringAppendCharacters(nullptr, units, 2);
+    CFStringAppendFormat(nullptr, nullptr, CFSTR("%d"), 1);
+    CFStringInsert(nullptr, 0, CFSTR("x"));
+    CFStringDelete(nullptr, whole);
+    CFStringReplace(nullptr, whole, CFSTR("x"));
+    CFStringReplaceAll(nullptr, CFSTR("x"));
+    EXPECT_EQ(CFStringFindAndReplace(nullptr, CFSTR("a"), CFSTR("b"), whole, 0), 0);
+    CFStringTrim(nullptr, CFSTR(" "));
+    CFStringTrimWhitespace(nullptr);
+    CFStringLowercase(nullptr, nullptr);
+    CFStringPad(nullptr, CFSTR("x"), 3, 0);
+
+    EXPECT_EQ(CFDataGetLength(nullptr), 0);
+    EXPECT_EQ(CFDataCreateCopy(nullptr, nullptr), nullptr);
+    CFDataGetBytes(nullptr, whole, reinterpret_cast<UInt8 *>(cBuffer));
+    CFDataAppendBytes(nullptr, reinterpret_cast<const UInt8 *>("x"), 1);
+    CFDataSetLength(nullptr, 4);
+
+    EXPECT_EQ(CFArrayGetCount(nullptr), 0);
+    EXPECT_EQ(CFArrayGetValueAtIndex(nullptr, 0), nullptr);
+    EXPECT_EQ(CFArrayCreateCopy(nullptr, nullptr), nullptr);
+    EXPECT_EQ(CFArrayGetFirstIndexOfValue(nullptr, whole, CFSTR("a")), kCFNotFound);
+    CFArrayAppendValue(nullptr, CFSTR("a"));
+    CFArrayRemoveValueAtIndex(nullptr, 0);
+    CFArraySortValues(nullptr, whole, nullptr, nullptr);
+    CFArrayApplyFunction(nullptr, whole, nullptr, nullptr);
+
+    EXPECT_EQ(CFDictionaryGetCount(nullptr), 0);
+    EXPECT_EQ(CFDictionaryGetValue(nullptr, CFSTR("k")), nullptr);
+    EXPECT_FALSE(CFDictionaryContainsKey(nullptr, CFSTR("k")));
+    EXPECT_EQ(CFDictionaryCreateCopy(nullptr, nullptr), nullptr);
+    CFDictionarySetValue(nullptr, CFSTR("k"), CFSTR("v"));
+    CFDictionaryRemoveValue(nullptr, CFSTR("k"));
+    CFDictionaryApplyFunction(nullptr, nullptr, nullptr);
+    CFDictionaryGetKeysAndValues(nullptr, nullptr, nullptr);
+
+    EXPECT_EQ(CFNumberGetType(nullptr), 0);
+    EXPECT_EQ(CFNumberGetByteSize(nullptr), 0);
+    EXPECT_FALSE(CFNumberIsFloatType(nullptr));
+    EXPECT_EQ(CFUUIDGetUUIDBytes(nullptr).byte0, 0);
+    EXPECT_EQ(CFUUIDCreateFromString(nullptr, nullptr), nullptr);
+
+    EXPECT_EQ(CFURLGetString(nullptr), nullptr);
+    EXPECT_EQ(CFURLCopyLastPathComponent(nullptr), nullptr);
+    EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, nullptr, CFSTR("x"), false), nullptr);
+    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, nullptr, kCFURLPOSIXPathStyle, false), nullptr);
+    EXPECT_FALSE(CFURLGetFileSystemRepresentation(nullptr, true, reinterpret_cast<UInt8 *>(cBuffer), 8));
+
+    EXPECT_EQ(CFBundleCreate(nullptr, nullptr), nullptr);
+    EXPECT_EQ(CFBundleGetIdentifier(nullptr), nullptr);
+    EXPECT_EQ(CFBundleGetFunctionPointerForName(nullptr, CFSTR("main")), nullptr);
+    EXPECT_EQ(CFBundleGetFunctionPointerForName(CFBundleGetMainBundle(), nullptr), nullptr);
+    EXPECT_FALSE(CFBundleLoadExecutable(nullptr));
+    EXPECT_EQ(CFBundleGetValueForInfoDictionaryKey(nullptr, CFSTR("k")), nullptr);
+}
+
+}  // namespace
