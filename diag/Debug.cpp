@@ -26,11 +26,12 @@ bool MarkerExists(const char *home)
 {
     const char *marker = ".debug";
     size_t length = std::strlen(home);
-    if (length + 1 + std::strlen(marker) + 1 > kMarkerPathSize)
+    bool needsSlash = !StringIsEndWith(home, "/", false);
+    if (length + (needsSlash ? 1 : 0) + std::strlen(marker) + 1 > kMarkerPathSize)
         return false;
     char path[kMarkerPathSize];
     std::memcpy(path, home, length + 1);
-    if (!StringIsEndWith(path, "/", false))
+    if (needsSlash)
         std::strcat(path, "/");
     std::strcat(path, marker);
     FILE *file = std::fopen(path, "r");

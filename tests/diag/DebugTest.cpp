@@ -87,8 +87,15 @@ TEST_F(DebugSwitchTest, MarkerInTheHomeFolderTurnsDebugOutputOn)
     EXPECT_EQ("on\n", RunProbe("check", mHome.c_str(), mRoot).out);
     EXPECT_EQ("on\n", RunProbe("check", (mHome + "/").c_str(), mRoot).out);
     EXPECT_EQ("off\n", RunProbe("check", nullptr, mRoot).out);
-    // A HOME longer than the marker path buffer cannot hold a marker.
-    EXPECT_EQ("off\n", RunProbe("check", (mHome + std::string(1100, '/')).c_str(), mRoot).out);
+    // The marker path must fit 1024 bytes with its terminator; a slash is only
+    // added when HOME lacks one, so the longest usable HOME depends on its end.
+    auto padded = [&](size_t length, const char *end) {
+        return mHome + std::string(length - mHome.size() - std::strlen(end), '/') + end;
+    };
+    EXPECT_EQ("on\n", RunProbe("check", padded(1017, "/").c_str(), mRoot).out);
+    EXPECT_EQ("off\n", RunProbe("check", padded(1018, "/").c_str(), mRoot).out);
+    EXPECT_EQ("on\n", RunProbe("check", padded(1016, "/.").c_str(), mRoot).out);
+    EXPECT_EQ("off\n", RunProbe("check", padded(1017, "/.").c_str(), mRoot).out);
 }
 
 TEST_F(DebugSwitchTest, MarkerIsLookedForOnceAndTheFlagCanForceIt)
