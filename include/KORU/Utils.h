@@ -87,19 +87,35 @@ public:
 
     /* ---- Path-string file operations and checksums ---- */
 
+    /* The text before the last "/" (empty without one) / after it (the whole
+     * path without one, empty when the path ends in "/"). */
     static std::string GetDirFromPath(const std::string &path);
     static std::string GetFilenameFromPath(const std::string &path);
+    /* The user's temporary / documents folder without a trailing "/",
+     * created when missing; empty when it cannot be had. */
     static std::string GetTempDirName();
     static std::string GetUserDocumentsDirName();
+    /* Always empty: kept for hosts that still call it. */
     static std::string GetHomeDirName();
+    /* True when the file opens for reading (an unreadable file counts as missing). */
     static bool FileExists(const std::string &path);
+    /* True when the process can change into the folder; it then stays there. */
     static bool DirExists(const std::string &path);
+    /* mkdir with mode 0755; without force an existing folder counts as made. */
     static bool CreateDir(const std::string &path, bool force);
+    /* Makes the folder and its missing parents from the top down; an existing
+     * folder gives !failIfExists. */
     static bool CreateDirPath(const std::string &path, bool failIfExists);
+    /* Removes an empty folder only, recursive or not (the listing is empty). */
     static bool DeleteDir(const std::string &path, bool recursive);
+    /* Always an empty list: the folder is not read. */
     static std::list<std::string> ListDirectory(const std::string &path);
+    /* unlink: true on success. */
     static bool DoDeleteFile(const std::string &path);
+    /* Copies nothing and answers false. */
     static bool CopyFile(const std::string &from, const std::string &to, bool overwrite);
+    /* The low 32 bits of the size / the status-change time in seconds; 0 when
+     * the file cannot be examined. */
     static uint32_t GetFileLength(const std::string &path);
     static uint32_t GetFileCreationDate(const std::string &path);
     /* The raw 16-byte MD5 digest of the file / of the first 12 bytes of text. */
