@@ -426,29 +426,27 @@ template <class T> CStr<T>::CStr(const OtherChar *s, int n)
     Init();
     if (s == nullptr || n <= 0)
         return;
-    const OtherChar *source = s;
-    std::mbstate_t state = std::mbstate_t();
+    // The C library's converters are given room for n + 1 characters, so
+    // they may write one more than n: the narrow block (twice n bytes) keeps
+    // it, the wide block (n characters) cuts its length there.  The block
+    // starts zeroed because a failed conversion leaves what it managed
+    // unterminated, and the length is then measured from the text.
     size_t r;
-    int capacity;
-    // Both converters are bounded to n source elements so that an
-    // unterminated source is never read past its end.
     if constexpr (std::is_same<T, wchar_t>::value) {
-        capacity = n;
-        AllocBuffer(capacity);
-        std::fill(mText, mText + capacity + 1, 0);
-        r = ::mbsnrtowcs(mText, &source, static_cast<size_t>(n), static_cast<size_t>(n) + 1,
-                            &state);
+        AllocBuffer(n);
+        std::fill(mText, mText + n, 0);
+        r = std::mbstowcs(mText, s, static_cast<size_t>(n) + 1);
     } else {
-        capacity = 2 * n;
-        AllocBuffer(capacity);
-        std::fill(mText, mText + capacity + 1, 0);
-        r = ::wcsnrtombs(mText, &source, static_cast<size_t>(n), static_cast<size_t>(n) + 1,
-                            &state);
+        if (n > INT_MAX / 2)
+            return;
+        AllocBuffer(2 * n);
+        std::fill(mText, mText + 2 * n, 0);
+        r = std::wcstombs(mText, s, static_cast<size_t>(n) + 1);
     }
     if (r == static_cast<size_t>(-1))
         ReleaseBuffer(-1);
     else
-        ReleaseBuffer(static_cast<int>(std::min<size_t>(r, static_cast<size_t>(capacity))));
+        ReleaseBuffer(static_cast<int>(std::min<size_t>(r, static_cast<size_t>(GetAllocLength()))));
 }
 
 template <class T> CStr<T>::CStr(const unsigned char *s) : CStr(reinterpret_cast<const char *>(s))
@@ -1057,11 +1055,12 @@ template <class T> void CStr<T>::FormatV(const T *fmt, va_list args)
     if (fmt == nullptr)
         return;
     // Formatted into a separate string, so that arguments pointing into this
-    // one stay valid while it is written.  The narrow formatter reports the
-    // length it needed rather than failing, so its result stays cut at 255
-    // characters; the wide one fails on overflow and is retried 256
-    // characters larger each time.  An encoding error sets errno and ends the
-    // retries.
+    // one stay valid while it is written, then copied into this string's
+    // buffer of the capacity the formatting needed.  The narrow formatter
+    // reports the length it needed rather than failing, so its result stays
+    // cut at 255 characters; the wide one fails on overflow and is retried
+    // 256 characters larger each time.  An encoding error sets errno and
+    // ends the retries.
     CStr result;
     int capacity = 0;
     int r;
@@ -1077,7 +1076,9 @@ template <class T> void CStr<T>::FormatV(const T *fmt, va_list args)
     if (r < 0 && errno != 0)
         result.GetBuffer(0)[0] = 0;
     result.ReleaseBuffer(-1);
-    *this = result;
+    T *text = GetBuffer(capacity);
+    CopyChars(text, static_cast<const T *>(result), static_cast<size_t>(result.GetLength()) + 1);
+    ReleaseBuffer(-1);
 }
 
 // ---- Core Foundation bridges ----

@@ -94,9 +94,10 @@ public:
      * wide text reports a length of twice the wide length, whatever the
      * converted text's own length; the text itself ends at its first zero. */
     CStr(const OtherChar *s);
-    /* At most n source characters converted with the C library's
-     * locale-dependent converters (mbstowcs / wcstombs); the narrow string
-     * reserves 2n bytes for them. */
+    /* The C string s converted with the C library's locale-dependent
+     * converters (mbstowcs / wcstombs), which may produce n + 1 characters.
+     * The narrow string reserves 2n bytes and keeps all n + 1; the wide one
+     * reserves n characters and is cut to them.  Empty for n <= 0 or NULL. */
     CStr(const OtherChar *s, int n);
     /* As from const char *. */
     CStr(const unsigned char *s);

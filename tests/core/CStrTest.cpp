@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstring>
 #include <string>
 
@@ -380,13 +381,22 @@ TEST(CStr, NarrowAndWideConvertThroughTheSystemEncoding)
     CStr<wchar_t> invalid("\xFF\xFE");
     EXPECT_TRUE(invalid.IsEmpty());
 
-    // The C library's converters are bounded by the count.
-    CStr<wchar_t> counted("abcdef", 3);
-    EXPECT_STREQ(counted, L"abc");
-    EXPECT_EQ(counted.GetLength(), 3);
+    // The C library's converters are given room for one character more than
+    // the count: the narrow string keeps it, the wide one is cut to its block.
     CStr<char> countedNarrow(L"abcdef", 3);
-    EXPECT_STREQ(countedNarrow, "abc");
+    EXPECT_STREQ(countedNarrow, "abcd");
+    EXPECT_EQ(countedNarrow.GetLength(), 4);
     EXPECT_EQ(countedNarrow.GetAllocLength(), 6);
+    CStr<wchar_t> shortSource("ab", 5);
+    EXPECT_STREQ(shortSource, L"ab");
+    EXPECT_EQ(shortSource.GetAllocLength(), 5);
+    std::string previous = std::setlocale(LC_CTYPE, nullptr);
+    if (std::setlocale(LC_CTYPE, "C.UTF-8") != nullptr) {
+        CStr<wchar_t> counted("h\xC3\xA9llo", 3); // counts characters, not bytes
+        EXPECT_STREQ(counted, L"h\u00E9l");
+        EXPECT_EQ(counted.GetLength(), 3);
+        std::setlocale(LC_CTYPE, previous.c_str());
+    }
 }
 
 TEST(CStr, WideHelpersFollowTheirContracts)
@@ -467,6 +477,14 @@ TEST(CStr, FormatCutsNarrowResultsButGrowsWideOnes)
     w.Format(L"%ls", std::wstring(300, L'q').c_str());
     EXPECT_EQ(w.GetLength(), 300);
     EXPECT_EQ(w.GetAllocLength(), 512);
+
+    // The result is written into the string's own buffer, which keeps its
+    // room when the result fits.
+    CStr<char> roomy;
+    roomy.GetBuffer(1000);
+    roomy.Format("%d", 7);
+    EXPECT_STREQ(roomy, "7");
+    EXPECT_EQ(roomy.GetAllocLength(), 1000);
 
     n = "abc";
     n.Format("[%s]", static_cast<const char *>(n));
