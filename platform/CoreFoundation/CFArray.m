@@ -7,18 +7,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-static const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value)
-{
-    (void)allocator;
-    return CFRetain(value);
-}
-
-static void __CFTypeRelease(CFAllocatorRef allocator, const void *value)
-{
-    (void)allocator;
-    CFRelease(value);
-}
-
 const CFArrayCallBacks kCFTypeArrayCallBacks = {0, __CFTypeRetain, __CFTypeRelease, CFCopyDescription, CFEqual};
 
 static BOOL __CFArrayCallBacksAreStandard(const CFArrayCallBacks *callBacks)

@@ -77,6 +77,18 @@ void CFRelease(CFTypeRef cf)
     [__CFObj(cf) release];
 }
 
+const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value)
+{
+    (void)allocator;
+    return CFRetain(value);
+}
+
+void __CFTypeRelease(CFAllocatorRef allocator, const void *value)
+{
+    (void)allocator;
+    CFRelease(value);
+}
+
 CFTypeRef CFAutorelease(CFTypeRef cf)
 {
     if (cf == NULL)

@@ -7,18 +7,6 @@
 #include <stdlib.h>
 #include <string.h>
 
-static const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value)
-{
-    (void)allocator;
-    return CFRetain(value);
-}
-
-static void __CFTypeRelease(CFAllocatorRef allocator, const void *value)
-{
-    (void)allocator;
-    CFRelease(value);
-}
-
 static const void *__CFStringCopy(CFAllocatorRef allocator, const void *value)
 {
     return CFStringCreateCopy(allocator, (CFStringRef)value);

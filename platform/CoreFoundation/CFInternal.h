@@ -39,6 +39,10 @@ BOOL __CFIsKindOf(CFTypeRef cf, CFTypeID typeID);
 /* Reports a caller error (a NULL where an object is required) in debug builds. */
 void __CFReportCallerError(const char *function, const char *problem);
 
+/* The retain and release callbacks of the CF-type collections. */
+const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value);
+void __CFTypeRelease(CFAllocatorRef allocator, const void *value);
+
 /* Whether the allocator asks for the bytes handed over to be freed with free(). */
 BOOL __CFAllocatorFreesWithFree(CFAllocatorRef allocator);
 
