@@ -40,8 +40,8 @@ BOOL __CFIsKindOf(CFTypeRef cf, CFTypeID typeID);
 void __CFReportCallerError(const char *function, const char *problem);
 
 /* The retain and release callbacks of the CF-type collections. */
-const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value);
-void __CFTypeRelease(CFAllocatorRef allocator, const void *value);
+__attribute__((visibility("hidden"))) const void *__CFTypeRetain(CFAllocatorRef allocator, const void *value);
+__attribute__((visibility("hidden"))) void __CFTypeRelease(CFAllocatorRef allocator, const void *value);
 
 /* Whether the allocator asks for the bytes handed over to be freed with free(). */
 BOOL __CFAllocatorFreesWithFree(CFAllocatorRef allocator);
