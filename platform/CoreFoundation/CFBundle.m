@@ -115,6 +115,10 @@ NSDictionary *__CFBundleInfo(NSBundle *bundle)
     return info;
 }
 
+/* The running program when the main bundle is the folder around a plain
+ * executable: that folder names no executable of its own. */
+static NSString *__CFMainExecutablePath;
+
 NSString *__CFBundleExecutablePath(NSBundle *bundle)
 {
     NSString *bundlePath = [bundle bundlePath];
@@ -127,6 +131,8 @@ NSString *__CFBundleExecutablePath(NSBundle *bundle)
     } else {
         path = [bundle executablePath];
     }
+    if (path == nil && bundle == (NSBundle *)CFBundleGetMainBundle())
+        path = __CFMainExecutablePath;
     return __CFIsRegularFile(path) ? path : nil;
 }
 
@@ -167,8 +173,10 @@ CFBundleRef CFBundleGetMainBundle(void)
             executable[length] = '\0';
             NSString *folder = [[NSString stringWithUTF8String:executable] stringByDeletingLastPathComponent];
             NSBundle *folderBundle = [NSBundle bundleWithPath:folder];
-            if (folderBundle != nil)
+            if (folderBundle != nil) {
                 bundle = folderBundle;
+                __CFMainExecutablePath = [[NSString alloc] initWithUTF8String:executable];
+            }
         }
     }
     main = [bundle retain];

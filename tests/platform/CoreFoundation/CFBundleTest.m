@@ -2,6 +2,7 @@
 
 #include <CoreFoundation/CoreFoundation.h>
 
+#include <limits.h>
 #include <stdlib.h>
 #include <unistd.h>
 
@@ -216,6 +217,17 @@ KT_CASE(SameIdentifierInTwoFoldersGivesTwoBundles)
     CFRelease(loaded);
     RemoveBundles(first);
     RemoveBundles(second);
+}
+
+KT_CASE(MainBundleOfAPlainProgramIsItsFolder)
+{
+    char program[PATH_MAX];
+    KT_ASSERT(realpath("/proc/self/exe", program) != NULL);
+    NSString *programPath = [NSString stringWithUTF8String:program];
+    CFBundleRef main = CFBundleGetMainBundle();
+    KT_ASSERT(main != NULL);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(main)), [programPath stringByDeletingLastPathComponent]);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyExecutableURL(main)), programPath);
 }
 
 KT_CASE(NullArgumentsGiveNull)

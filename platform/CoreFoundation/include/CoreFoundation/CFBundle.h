@@ -33,7 +33,8 @@ CF_EXPORT const CFStringRef kCFBundleNameKey;
 CF_EXPORT const CFStringRef kCFBundleLocalizationsKey;
 
 CF_EXPORT CFTypeID CFBundleGetTypeID(void);
-/* The bundle of the running program (for a plain executable, its folder). */
+/* The bundle of the running program (for a plain executable, its folder,
+ * whose executable is then that program). */
 CF_EXPORT CFBundleRef CFBundleGetMainBundle(void);
 /* NULL when no loaded or already created bundle has the identifier. */
 CF_EXPORT CFBundleRef CFBundleGetBundleWithIdentifier(CFStringRef bundleID);
