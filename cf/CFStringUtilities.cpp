@@ -171,10 +171,11 @@ extern "C" char *CFStringAllocTECConvertedText(CFStringRef string, TextEncoding 
             TECObjectRef converter = nullptr;
             result = TECCreateConverter(&converter, kTextEncodingUnicodeDefault, destinationEncoding);
             if (result == noErr) {
-                // The last byte stays 0 so the text is always terminated.
+                // The whole buffer is offered: the zero after the text survives
+                // whenever the text keeps within bytesPerCharacter per character.
                 result = TECConvertText(converter, reinterpret_cast<ConstTextPtr>(characters),
                                         static_cast<ByteCount>(length) * sizeof(UniChar), &consumed,
-                                        reinterpret_cast<TextPtr>(output), outputSize - 1, &produced);
+                                        reinterpret_cast<TextPtr>(output), outputSize, &produced);
                 TECDisposeConverter(converter);
             }
             free(characters);
@@ -264,7 +265,8 @@ extern "C" int CFString_system(CFStringRef command)
 
 extern "C" int CFStringApplySystemCommand(CFStringRef argument, CFStringRef prefix, CFStringRef suffix)
 {
-    if (!IsString(argument))
+    // A part that is not text must not leave the others to run as a command.
+    if (!IsString(argument) || (prefix != nullptr && !IsString(prefix)) || (suffix != nullptr && !IsString(suffix)))
         return -1;
     CFMutableStringRef command = CFStringCreateMutableCopy(kCFAllocatorDefault, 0, argument);
     if (command == nullptr)

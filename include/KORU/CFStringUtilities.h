@@ -58,7 +58,9 @@ UniChar *CFStringAllocUnicodeCharacters(CFStringRef string);
 
 /* Converts the string from Unicode to destinationEncoding with one
  * TECConvertText call into a new zeroed buffer of
- * (bytesPerCharacter, or 4 when 0) * length + 1 bytes.  The consumed input
+ * (bytesPerCharacter, or 4 when 0) * length + 1 bytes, all of which the
+ * converter may fill (so the text ends in a zero only while it keeps within
+ * bytesPerCharacter per character).  The consumed input
  * bytes, produced output bytes and the converter's status (0 when no
  * conversion was attempted) go through the out pointers that are non-NULL.
  * The buffer is returned whenever it was allocated, even when the conversion
@@ -97,7 +99,7 @@ int CFString_system(CFStringRef command);
 
 /* Runs "prefix argument suffix" (each part only when non-NULL, joined by one
  * space) with CFString_system.  Nothing is quoted or escaped.  -1 for a NULL
- * argument. */
+ * argument, or for a prefix or suffix that is not a string. */
 int CFStringApplySystemCommand(CFStringRef argument, CFStringRef prefix, CFStringRef suffix);
 
 /* --- Range editing (nothing happens for a NULL range) ------------------- */

@@ -172,6 +172,16 @@ TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
     EXPECT_STREQ("caf\x8E", roman);
     free(roman);
 
+    // The whole buffer takes output: one byte per character promised, two needed.
+    String acute(MakeString("\xC3\xA9"));
+    char *utf8 = CFStringAllocTECConvertedText(acute.ref, kCFStringEncodingUTF8, 1, &consumed, &produced, &status);
+    ASSERT_NE(nullptr, utf8);
+    EXPECT_EQ(noErr, status);
+    EXPECT_EQ(2u, consumed);
+    EXPECT_EQ(2u, produced);
+    EXPECT_EQ(0, std::memcmp("\xC3\xA9", utf8, 2));
+    free(utf8);
+
     // A failed conversion still hands out the buffer, with what came before.
     String mixed(MakeString(u"ab\u6F22"));
     char *partial = CFStringAllocTECConvertedText(mixed.ref, kTextEncodingMacRoman, 0, &consumed, &produced, &status);
@@ -287,6 +297,16 @@ TEST(CFStringUtilitiesTest, ShellCommandsRunWithoutQuoting)
 
     EXPECT_EQ(-1, CFString_system(nullptr));
     EXPECT_EQ(-1, CFStringApplySystemCommand(nullptr, prefix.ref, suffix.ref));
+
+    // A part that is no string runs nothing, rather than the rest alone.
+    const std::string marker = folder.File("ran");
+    String touch(MakeString(("touch '" + marker + "'").c_str()));
+    int five = 5;
+    CFNumberRef number = CFNumberCreate(nullptr, kCFNumberIntType, &five);
+    EXPECT_EQ(-1, CFStringApplySystemCommand(touch.ref, reinterpret_cast<CFStringRef>(number), nullptr));
+    EXPECT_EQ(-1, CFStringApplySystemCommand(touch.ref, nullptr, reinterpret_cast<CFStringRef>(number)));
+    EXPECT_NE(0, access(marker.c_str(), F_OK));
+    CFRelease(number);
 }
 
 TEST(CFStringUtilitiesTest, RangeMovesNeverGoNegative)
