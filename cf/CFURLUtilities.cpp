@@ -11,14 +11,27 @@ using koru::CFReference;
 
 namespace {
 
+bool IsBundle(CFTypeRef object)
+{
+    return object != nullptr && CFGetTypeID(object) == CFBundleGetTypeID();
+}
+
+// The bundle, the main bundle for NULL, or NULL for an object that is no bundle.
 CFBundleRef BundleOrMain(CFBundleRef bundle)
 {
-    return bundle != nullptr ? bundle : CFBundleGetMainBundle();
+    if (bundle == nullptr)
+        return CFBundleGetMainBundle();
+    return IsBundle(bundle) ? bundle : nullptr;
 }
 
 bool IsURL(CFTypeRef object)
 {
     return object != nullptr && CFGetTypeID(object) == CFURLGetTypeID();
+}
+
+bool IsDictionary(CFTypeRef object)
+{
+    return object != nullptr && CFGetTypeID(object) == CFDictionaryGetTypeID();
 }
 
 // The folder URL with the component appended, or the folder itself (retained
@@ -112,7 +125,7 @@ extern "C" Boolean CFBundleGetExecutableFSRef(CFBundleRef bundle, FSRef *ref)
 extern "C" Boolean CFBundleGetResourceFSRef(CFBundleRef bundle, CFStringRef resourceName, CFStringRef resourceType,
                                             CFStringRef subDirName, FSRef *ref)
 {
-    if (bundle == nullptr || ref == nullptr)
+    if (!IsBundle(bundle) || ref == nullptr)
         return false;
     CFReference<CFURLRef> resource(CFBundleCopyResourceURL(bundle, resourceName, resourceType, subDirName));
     return resource && CFURLGetFSRef(resource.get(), ref);
@@ -219,7 +232,7 @@ extern "C" Boolean CFURLSetFileOwnerID(CFURLRef url, UInt32 userID)
 
 extern "C" const void *CFDictionaryGetValueForNumber(CFDictionaryRef dictionary, long number)
 {
-    if (dictionary == nullptr)
+    if (!IsDictionary(dictionary))
         return nullptr;
     CFReference<CFStringRef> key(CFStringCreateWithFormat(kCFAllocatorDefault, nullptr, CFSTR("%ld"), number));
     return key ? CFDictionaryGetValue(dictionary, key.get()) : nullptr;
@@ -227,7 +240,7 @@ extern "C" const void *CFDictionaryGetValueForNumber(CFDictionaryRef dictionary,
 
 extern "C" Boolean CFDictionaryWriteToURL(CFDictionaryRef dictionary, CFURLRef url)
 {
-    if (dictionary == nullptr || !IsURL(url))
+    if (!IsDictionary(dictionary) || !IsURL(url))
         return false;
     CFReference<CFDataRef> data(CFPropertyListCreateXMLData(kCFAllocatorDefault, dictionary));
     if (!data)

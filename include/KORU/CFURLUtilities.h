@@ -5,7 +5,8 @@
  * tables read per localisation, dictionaries read from and written to
  * property-list files, a file's POSIX mode and owner, and opening a URL with
  * its default application.  A NULL bundle argument means the main bundle
- * (except in CFBundleGetResourceFSRef).  Every ...Create... and ...Copy...
+ * (except in CFBundleGetResourceFSRef); an object that is not a bundle
+ * counts as a missing one.  Every ...Create... and ...Copy...
  * result belongs to the caller (CFRelease).  Bad arguments, missing objects
  * and failed platform calls give NULL or false; the only thing logged is the
  * parse error of a dictionary file.  Nothing here keeps state; the functions
@@ -86,11 +87,11 @@ Boolean CFURLSetFileOwnerID(CFURLRef url, UInt32 userID);
 /* --- Dictionaries ------------------------------------------------------ */
 
 /* The value under the key "%ld" of the number (borrowed); NULL when absent
- * or for a NULL dictionary. */
+ * or for a NULL (or non-dictionary) argument. */
 const void *CFDictionaryGetValueForNumber(CFDictionaryRef dictionary, long number);
 
 /* Writes the dictionary as an XML property list; true when the write
- * succeeds with error 0. */
+ * succeeds with error 0, false for anything but a dictionary. */
 Boolean CFDictionaryWriteToURL(CFDictionaryRef dictionary, CFURLRef url);
 
 /* A mutable dictionary (mutable containers and leaves) read from a property

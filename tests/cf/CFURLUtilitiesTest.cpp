@@ -185,10 +185,28 @@ TEST_F(CFURLUtilitiesTest, BundleLocationsInBothLayouts)
     EXPECT_FALSE(CFBundleGetResourceFSRef(gnustep_, CFSTR("missing"), CFSTR("txt"), nullptr, &ref));
     EXPECT_FALSE(CFBundleGetResourceFSRef(nullptr, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
 
-    // A NULL bundle means the main bundle: the folder around this test program.
+    // A NULL bundle means the main bundle: the folder around this test program,
+    // whose executable is the program itself.
     CFURLRef mainURL = Own(CFBundleCopyBundleURL(CFBundleGetMainBundle()));
     CFURLRef mainFolder = Own(CFURLCreateCopyDeletingLastPathComponent(nullptr, mainURL));
     EXPECT_EQ(PathOf(mainFolder), TakePath(CFBundleCopyDirectoryURL(nullptr)));
+    char program[PATH_MAX];
+    ASSERT_NE(nullptr, realpath("/proc/self/exe", program));
+    const std::string programPath = program;
+    EXPECT_EQ(programPath.substr(0, programPath.rfind('/')),
+              TakePath(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(nullptr, nullptr, true)));
+    ASSERT_TRUE(CFBundleGetExecutableFSRef(nullptr, &ref));
+    ASSERT_EQ(noErr, FSRefMakePath(&ref, path, sizeof path));
+    EXPECT_EQ(programPath, reinterpret_cast<char *>(path));
+
+    // An object that is no bundle counts as a missing bundle.
+    CFBundleRef notABundle = reinterpret_cast<CFBundleRef>(const_cast<void *>(static_cast<const void *>(CFSTR("x"))));
+    EXPECT_EQ(nullptr, CFBundleCopyDirectoryURL(notABundle));
+    EXPECT_EQ(nullptr, CFBundleCopyExecutableDirectoryURLAppendingPathComponent(notABundle, CFSTR("tool"), false));
+    EXPECT_EQ(nullptr, CFBundleCopyResourcesDirectoryURLAppendingPathComponent(notABundle, nullptr, true));
+    EXPECT_FALSE(CFBundleGetExecutableFSRef(notABundle, &ref));
+    EXPECT_FALSE(CFBundleGetResourceFSRef(notABundle, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
+    EXPECT_EQ(nullptr, CFBundleCreateFromBundleExecutableDirectory(notABundle, CFSTR("Helper.bundle")));
 }
 
 TEST_F(CFURLUtilitiesTest, BundlesCreatedFromPlaces)
@@ -321,6 +339,7 @@ TEST_F(CFURLUtilitiesTest, NumberKeyedLookUp)
     EXPECT_EQ("forty-two", Text(CFDictionaryGetValueForNumber(dictionary, 42)));
     EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(dictionary, 5));
     EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(nullptr, 42));
+    EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(reinterpret_cast<CFDictionaryRef>(CFSTR("42")), 42));
 }
 
 TEST_F(CFURLUtilitiesTest, DictionaryFilesWrittenAndRead)
@@ -345,6 +364,10 @@ TEST_F(CFURLUtilitiesTest, DictionaryFilesWrittenAndRead)
     EXPECT_FALSE(CFDictionaryWriteToURL(dictionary, FileURL(root_ + "/no/such/folder.plist")));
     EXPECT_FALSE(CFDictionaryWriteToURL(nullptr, url));
     EXPECT_FALSE(CFDictionaryWriteToURL(dictionary, nullptr));
+    // Only a dictionary is written: another property list leaves no file.
+    CFArrayRef list = Own(CFArrayCreate(nullptr, values, 2, &kCFTypeArrayCallBacks));
+    EXPECT_FALSE(CFDictionaryWriteToURL(reinterpret_cast<CFDictionaryRef>(list), FileURL(root_ + "/list.plist")));
+    EXPECT_NE(0, access((root_ + "/list.plist").c_str(), F_OK));
 
     // From a bundle's resources: a dictionary, an array (refused), a missing one.
     CFMutableDictionaryRef settings = Own(CFDictionaryCreateMutableWithResource(CFSTR("Settings"), CFSTR("plist"), nullptr, mac_));
