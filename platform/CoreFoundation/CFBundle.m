@@ -3,8 +3,10 @@
  * Objective-C classes of the bundle are registered with Foundation) and
  * symbols are found with dlsym on the same loaded image; a Mac-layout
  * executable, which NSBundle cannot find, is opened directly. */
+#define _GNU_SOURCE 1 /* dladdr1, dlinfo */
 #include "CFBundlePrivate.h"
 #include <dlfcn.h>
+#include <link.h>
 #include <limits.h>
 #include <pthread.h>
 #include <stdlib.h>
@@ -346,7 +348,29 @@ void *CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef function
     return __CFBundleLookup(bundle, functionName);
 }
 
+/* A program that links the bundle's library and refers to one of its
+ * variables holds the live copy of that variable (a copy relocation), and
+ * the library's own code uses that copy too; the program's definition of
+ * the name is the one in use. */
+static void *__CFBundleVariableInUse(CFStringRef name, void *address)
+{
+    char symbol[1024];
+    if (address == NULL || !CFStringGetCString(name, symbol, sizeof(symbol), kCFStringEncodingUTF8))
+        return address;
+    void *global = dlsym(RTLD_DEFAULT, symbol);
+    if (global == NULL || global == address)
+        return address;
+    void *program = dlopen(NULL, RTLD_LAZY);
+    struct link_map *programMap = NULL, *owner = NULL;
+    Dl_info info;
+    BOOL inProgram = program != NULL && dlinfo(program, RTLD_DI_LINKMAP, &programMap) == 0 &&
+                     dladdr1(global, &info, (void **)&owner, RTLD_DL_LINKMAP) != 0 && owner == programMap;
+    if (program != NULL)
+        dlclose(program);
+    return inProgram ? global : address;
+}
+
 void *CFBundleGetDataPointerForName(CFBundleRef bundle, CFStringRef symbolName)
 {
-    return __CFBundleLookup(bundle, symbolName);
+    return __CFBundleVariableInUse(symbolName, __CFBundleLookup(bundle, symbolName));
 }

@@ -230,6 +230,33 @@ KT_CASE(MainBundleOfAPlainProgramIsItsFolder)
     KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyExecutableURL(main)), programPath);
 }
 
+int *CFBundleTestLibraryAddress(void);
+int CFBundleTestLibraryRead(void);
+
+KT_CASE(VariableOfALinkedLibraryIsTheOneInUse)
+{
+    /* The bundle's executable is the library this program links. */
+    NSString *folder = MakeBundles();
+    KT_ASSERT(folder != nil);
+    NSString *bundlePath = [folder stringByAppendingPathComponent:@"Linked.bundle"];
+    NSString *command = [NSString stringWithFormat:
+        @"mkdir -p '%@/Resources' && ln -s '%s' '%@/Linked' && "
+        @"printf '{ CFBundleIdentifier = org.koru.test%d.linked; NSExecutable = Linked; }' > '%@/Resources/Info-gnustep.plist'",
+        bundlePath, KORU_TEST_LIBRARY, bundlePath, ++BundleSerial, bundlePath];
+    KT_ASSERT(system([command UTF8String]) == 0);
+    CFBundleRef bundle = CreateBundle(bundlePath);
+    KT_ASSERT(bundle != NULL);
+    int *value = (int *)CFBundleGetDataPointerForName(bundle, CFSTR("CFBundleTestLibraryValue"));
+    KT_EXPECT(value == CFBundleTestLibraryAddress());
+    if (value != NULL) {
+        *value = 9;
+        KT_EXPECT(CFBundleTestLibraryRead() == 9);
+    }
+    KT_EXPECT(CFBundleGetDataPointerForName(bundle, CFSTR("NoSuchVariable")) == NULL);
+    CFRelease(bundle);
+    RemoveBundles(folder);
+}
+
 KT_CASE(NullArgumentsGiveNull)
 {
     KT_EXPECT(CFBundleCopyResourceURL(NULL, CFSTR("a"), CFSTR("b"), NULL) == NULL);

@@ -51,7 +51,9 @@ CF_EXPORT Boolean CFBundleLoadExecutable(CFBundleRef bundle);
 CF_EXPORT Boolean CFBundleIsExecutableLoaded(CFBundleRef bundle);
 /* Code is never unloaded here (Objective-C classes cannot be); this only forgets the load. */
 CF_EXPORT void CFBundleUnloadExecutable(CFBundleRef bundle);
-/* The address of an exported symbol, loading the executable first; NULL when absent. */
+/* The address of an exported symbol, loading the executable first; NULL when
+ * absent.  A variable of a library that the program also links is the copy
+ * the program holds, the one both use. */
 CF_EXPORT void *CFBundleGetFunctionPointerForName(CFBundleRef bundle, CFStringRef functionName);
 CF_EXPORT void *CFBundleGetDataPointerForName(CFBundleRef bundle, CFStringRef symbolName);
 
