@@ -23,7 +23,7 @@ grep -q '@(#)KORU v1.0 (2006-03-31)' "$prefix/lib/KORU.bundle/Resources/Info-gnu
 
 g++ -std=c++17 -Wall -Wextra $extra "$source_dir/package/consumer.cpp" -o "$work/consumer" \
     $(pkg-config --cflags --libs koru)
-"$work/consumer"
+"$work/consumer" "$prefix/lib/KORU.bundle"
 
 gcc -x objective-c -Wall -Wextra $extra "$source_dir/package/consumer.m" -o "$work/consumer-objc" \
     $(pkg-config --cflags --libs koru)
