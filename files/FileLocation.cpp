@@ -21,8 +21,8 @@ std::vector<UniChar> NarrowedUnits(const CStr<wchar_t> &text)
     return units;
 }
 
-// c2pstrcpy into a Str63: names longer than 63 bytes are cut.  The unused
-// tail is cleared so that equal specs compare equal byte for byte.
+// c2pstrcpy into a Str63 (at most 63 bytes are taken).  The unused tail is
+// cleared so that equal specs compare equal byte for byte.
 void CopyCToPascal63(const char *text, unsigned char *pascal)
 {
     std::memset(pascal, 0, 64);
@@ -206,8 +206,24 @@ bool TFileLocationInfo::GetFSSpec(FSSpec &spec) const
         FSCatalogInfo info;
         if (!parentFound || FSGetCatalogInfo(&ref, kFSCatInfoNodeID, &info, nullptr, &spec, nullptr) != noErr)
             return false;
-        spec.parID = static_cast<SInt32>(info.nodeID);
         const std::vector<char> bytes = SystemEncodedText(name);
+        const size_t length = std::strlen(bytes.data());
+        // An empty name would make the spec name the parent folder itself,
+        // and a name cut to 63 bytes could be another item's: Delete would
+        // then remove the wrong object.  A long name takes the File
+        // Manager's own short form instead, which exists for existing items
+        // only and is the form the other kinds give.
+        if (length == 0 && !name.IsEmpty()) {
+            std::memset(&spec, 0, sizeof spec);
+            return false;
+        }
+        if (length > 63) {
+            if (GetFSRef(ref) && FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) == noErr)
+                return true;
+            std::memset(&spec, 0, sizeof spec);
+            return false;
+        }
+        spec.parID = static_cast<SInt32>(info.nodeID);
         CopyCToPascal63(bytes.data(), spec.name);
         return true;
     }

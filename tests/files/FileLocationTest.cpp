@@ -219,11 +219,33 @@ TEST(FileLocation, NamesComeFromTheSpec)
 {
     TemporaryFolder folder;
     const std::string longName = std::string(70, 'L') + ".txt";
+    const std::string cutName(63, 'L'); // the long name cut to the spec's 63 bytes
     WriteFile(folder / longName, "");
-    CStr<wchar_t> name;
+    WriteFile(folder / cutName, "keep");
+    CStr<wchar_t> name, nameByRef;
     ASSERT_TRUE(PathLocation(folder / longName).GetFileName(name));
     EXPECT_EQ(63, name.GetLength()); // the spec's name field holds 63 bytes
+    TFileLocationInfo byRef;
+    byRef.SetFSRef(RefAt(folder / longName));
+    ASSERT_TRUE(byRef.GetFileName(nameByRef));
+    EXPECT_EQ(Narrow(nameByRef), Narrow(name));
+
+    // The spec of a long name names that item, never the one its first 63
+    // bytes would name.
+    EXPECT_TRUE(PathLocation(folder / longName).Delete());
+    EXPECT_FALSE(Exists(folder / longName));
+    EXPECT_EQ("keep", ReadFile(folder / cutName));
+    FSSpec spec;
+    EXPECT_FALSE(PathLocation(folder / longName).GetFSSpec(spec));
     EXPECT_FALSE(PathLocation("no-folder-here").GetFileName(name));
+
+    // A name with no form in the system encoding names nothing, not its folder.
+    mkdir((folder / "empty").c_str(), 0755);
+    TFileLocationInfo unnamed = PathLocation(folder / "empty/");
+    unnamed.path += static_cast<wchar_t>(0xD800);
+    EXPECT_FALSE(unnamed.GetFSSpec(spec));
+    EXPECT_FALSE(unnamed.Delete());
+    EXPECT_TRUE(Exists(folder / "empty"));
 }
 
 } // namespace
