@@ -7,6 +7,8 @@
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
+#include <memory>
+#include <new>
 #include <sys/stat.h>
 
 namespace file_utils {
@@ -432,7 +434,12 @@ bool ReadBinFileToBuffer(const TFileLocationInfo &location, void *&buffer, long 
         std::fclose(file);
         return false;
     }
-    char *bytes = new char[static_cast<size_t>(length)];
+    // A file larger than memory answers false rather than throwing.
+    char *bytes = new (std::nothrow) char[static_cast<size_t>(length)];
+    if (!bytes) {
+        std::fclose(file);
+        return false;
+    }
     const size_t read = std::fread(bytes, 1, static_cast<size_t>(length), file);
     std::fclose(file);
     if (read != static_cast<size_t>(length)) {
@@ -468,7 +475,11 @@ bool ReadASCIITextFileToBuffer(const TFileLocationInfo &location, char *&buffer)
         std::fclose(file);
         return false;
     }
-    char *text = new char[static_cast<size_t>(length) + 1];
+    char *text = new (std::nothrow) char[static_cast<size_t>(length) + 1];
+    if (!text) {
+        std::fclose(file);
+        return false;
+    }
     const size_t read = std::fread(text, 1, static_cast<size_t>(length), file);
     std::fclose(file);
     text[read] = 0;
@@ -501,10 +512,12 @@ bool ReadUnicodeTextFileToBuffer(const TFileLocationInfo &location, wchar_t *&bu
         return false;
     const long length = RegularFileSize(file);
     const size_t even = length > 0 ? (static_cast<size_t>(length) + 1) & ~size_t(1) : 0;
-    std::vector<unsigned char> bytes(even + 2, 0);
-    if (even > 0)
-        (void)std::fread(bytes.data(), 1, even, file);
+    std::unique_ptr<unsigned char[]> bytes(new (std::nothrow) unsigned char[even + 2]());
+    if (bytes && even > 0)
+        (void)std::fread(bytes.get(), 1, even, file);
     std::fclose(file);
+    if (!bytes)
+        return false;
 
     size_t count = even / 2, first = 0;
     const auto unitAt = [&bytes](size_t k) {
@@ -516,7 +529,9 @@ bool ReadUnicodeTextFileToBuffer(const TFileLocationInfo &location, wchar_t *&bu
         first = 1;
         --count;
     }
-    buffer = new wchar_t[count + 1];
+    buffer = new (std::nothrow) wchar_t[count + 1];
+    if (!buffer)
+        return false;
     size_t k = 0;
     for (; k < count && unitAt(first + k) != 0; ++k)
         buffer[k] = unitAt(first + k);

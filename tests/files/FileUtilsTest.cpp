@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <sys/resource.h>
 
 using namespace file_utils;
 
@@ -57,6 +58,23 @@ private:
     std::string mOld;
     bool mHadOld = false;
 };
+
+#ifndef __SANITIZE_ADDRESS__
+// Whether a whole-file reader hands out the location's content in a process
+// that may take no more than 2 GB of memory.
+bool AnyReaderTakesItWithin2GB(const TFileLocationInfo &location)
+{
+    const struct rlimit limit = {1UL << 31, 1UL << 31};
+    setrlimit(RLIMIT_AS, &limit);
+    void *bytes = nullptr;
+    long size = 0;
+    char *text = nullptr;
+    wchar_t *wide = nullptr;
+    const bool read = ReadBinFileToBuffer(location, bytes, size) || ReadASCIITextFileToBuffer(location, text) ||
+                      ReadUnicodeTextFileToBuffer(location, wide, false);
+    return read || bytes || text || wide;
+}
+#endif
 
 TEST(FileUtils, PathText)
 {
@@ -138,6 +156,14 @@ TEST(FileUtils, ReadersAndWritersByteForByte)
     EXPECT_FALSE(ReadASCIITextFileToBuffer(missing, read));
     EXPECT_EQ(nullptr, read);
     EXPECT_FALSE(ReadBinFileToBuffer(PathLocation(folder.Path()), buffer, size)); // a folder has no bytes
+
+#ifndef __SANITIZE_ADDRESS__ // its shadow memory needs more address space than the limit leaves
+    // A file larger than the memory the process may take answers false.
+    const std::string huge = folder / "huge";
+    WriteFile(huge, "");
+    ASSERT_EQ(0, truncate(huge.c_str(), 4L << 30));
+    EXPECT_EXIT(std::exit(AnyReaderTakesItWithin2GB(PathLocation(huge)) ? 1 : 0), ::testing::ExitedWithCode(0), "");
+#endif
 }
 
 TEST(FileUtils, UnicodeReaderAndWriterAreNotInverses)
