@@ -140,11 +140,13 @@ void TFileLocationInfo::SetCFURL(CFURLRef url)
 {
     if (!url)
         return;
+    // Retained before the old one is released: setting the URL already held
+    // must not free it on the way.
+    CFRetain(url);
     if (kind == kLocationCFURL && storage.url)
         CFRelease(storage.url);
     kind = kLocationCFURL;
     storage.url = url;
-    CFRetain(url);
 }
 
 void TFileLocationInfo::SetFSRef(const FSRef &ref)

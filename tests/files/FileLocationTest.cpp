@@ -167,6 +167,15 @@ TEST(FileLocation, URLOwnershipKeepsItsQuirks)
     }
     EXPECT_EQ(base, CFGetRetainCount(url));
     CFRelease(url);
+
+    // Setting the URL a location alone owns keeps it alive.
+    TFileLocationInfo sole;
+    CFURLRef owned = PathLocation("/tmp/y").CreateCFURL();
+    sole.SetCFURL(owned);
+    CFRelease(owned);
+    sole.SetCFURL(sole.storage.url);
+    EXPECT_EQ(1, CFGetRetainCount(sole.storage.url));
+    EXPECT_EQ("/tmp/y", Narrow(sole.GetFullPath()));
 }
 
 TEST(FileLocation, FileExtensions)
