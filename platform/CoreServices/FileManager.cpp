@@ -138,8 +138,6 @@ extern "C" OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLe
     if (!parentRef)
         return paramErr;
     parentRef = &parent;
-    if (!parentRef)
-        return paramErr;
     try {
         std::string path;
         const OSErr status = ChildPath(parentRef, nameLength, name, path);
