@@ -22,7 +22,7 @@ std::vector<UniChar> NarrowedUnits(const CStr<wchar_t> &text)
 }
 
 // c2pstrcpy into a Str63 (at most 63 bytes are taken).  The unused tail is
-// cleared so that equal specs compare equal byte for byte.
+// cleared so that equal FSSpecs compare equal byte for byte.
 void CopyCToPascal63(const char *text, unsigned char *pascal)
 {
     std::memset(pascal, 0, 64);
