@@ -185,23 +185,23 @@ extern "C" CFStringRef CFURLCopyPosixPath(CFURLRef url)
     return CFStringCreateWithFileSystemRepresentation(kCFAllocatorDefault, reinterpret_cast<const char *>(path));
 }
 
-extern "C" CFURLRef CFURLCreateFromFSSpec(const FSSpec *spec)
+extern "C" CFURLRef CFURLCreateFromFSSpec(const FSSpec *fsSpec)
 {
-    if (spec == nullptr)
+    if (fsSpec == nullptr)
         return nullptr;
     FSRef ref;
-    if (FSpMakeFSRef(spec, &ref) != noErr)
+    if (FSpMakeFSRef(fsSpec, &ref) != noErr)
         return nullptr;
     return CFURLCreateFromFSRef(kCFAllocatorDefault, &ref);
 }
 
-extern "C" Boolean CFURLGetFSSpec(CFURLRef url, FSSpec *spec)
+extern "C" Boolean CFURLGetFSSpec(CFURLRef url, FSSpec *fsSpec)
 {
-    if (!IsURL(url) || spec == nullptr)
+    if (!IsURL(url) || fsSpec == nullptr)
         return false;
     FSRef ref;
     return CFURLGetFSRef(url, &ref) &&
-           FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, spec, nullptr) == noErr;
+           FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, fsSpec, nullptr) == noErr;
 }
 
 extern "C" Boolean CFURLOpenWithLSLaunchFlags(CFURLRef url, LSLaunchFlags flags)
@@ -212,8 +212,8 @@ extern "C" Boolean CFURLOpenWithLSLaunchFlags(CFURLRef url, LSLaunchFlags flags)
         CFArrayCreate(kCFAllocatorDefault, reinterpret_cast<const void **>(&url), 1, &kCFTypeArrayCallBacks));
     if (!items)
         return false;
-    LSLaunchURLSpec spec = {nullptr, items.get(), nullptr, flags, nullptr};
-    return LSOpenFromURLSpec(&spec, nullptr) == noErr;
+    LSLaunchURLSpec fsSpec = {nullptr, items.get(), nullptr, flags, nullptr};
+    return LSOpenFromURLSpec(&fsSpec, nullptr) == noErr;
 }
 
 extern "C" Boolean CFURLSetFilePOSIXMode(CFURLRef url, UInt16 mode)

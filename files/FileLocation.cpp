@@ -185,18 +185,18 @@ bool TFileLocationInfo::GetFSRef(FSRef &ref) const
     }
 }
 
-bool TFileLocationInfo::GetFSSpec(FSSpec &spec) const
+bool TFileLocationInfo::GetFSSpec(FSSpec &fsSpec) const
 {
     FSRef ref;
     switch (kind) {
     case kLocationFSSpec:
-        std::memcpy(&spec, &storage.spec, sizeof spec);
+        std::memcpy(&fsSpec, &storage.spec, sizeof fsSpec);
         return true;
     case kLocationFSRef:
-        return FSGetCatalogInfo(&storage.ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) == noErr;
+        return FSGetCatalogInfo(&storage.ref, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr) == noErr;
     case kLocationCFURL:
         return storage.url && CFURLGetFSRef(storage.url, &ref) &&
-               FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) == noErr;
+               FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr) == noErr;
     case kLocationPath: {
         // The item inside its parent folder, whether or not it exists.
         CStr<wchar_t> name;
@@ -206,27 +206,27 @@ bool TFileLocationInfo::GetFSSpec(FSSpec &spec) const
         const bool parentFound = CFURLGetFSRef(parentURL, &ref);
         CFRelease(parentURL);
         FSCatalogInfo info;
-        if (!parentFound || FSGetCatalogInfo(&ref, kFSCatInfoNodeID, &info, nullptr, &spec, nullptr) != noErr)
+        if (!parentFound || FSGetCatalogInfo(&ref, kFSCatInfoNodeID, &info, nullptr, &fsSpec, nullptr) != noErr)
             return false;
         const std::vector<char> bytes = SystemEncodedText(name);
         const size_t length = std::strlen(bytes.data());
-        // An empty name would make the spec name the parent folder itself,
+        // An empty name would make the FSSpec name the parent folder itself,
         // and a name cut to 63 bytes could be another item's: Delete would
         // then remove the wrong object.  A long name takes the File
         // Manager's own short form instead, which exists for existing items
         // only and is the form the other kinds give.
         if (length == 0 && !name.IsEmpty()) {
-            std::memset(&spec, 0, sizeof spec);
+            std::memset(&fsSpec, 0, sizeof fsSpec);
             return false;
         }
         if (length > 63) {
-            if (GetFSRef(ref) && FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr) == noErr)
+            if (GetFSRef(ref) && FSGetCatalogInfo(&ref, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr) == noErr)
                 return true;
-            std::memset(&spec, 0, sizeof spec);
+            std::memset(&fsSpec, 0, sizeof fsSpec);
             return false;
         }
-        spec.parID = static_cast<SInt32>(info.nodeID);
-        CopyCToPascal63(bytes.data(), spec.name);
+        fsSpec.parID = static_cast<SInt32>(info.nodeID);
+        CopyCToPascal63(bytes.data(), fsSpec.name);
         return true;
     }
     default:
@@ -323,12 +323,12 @@ CStr<wchar_t> TFileLocationInfo::GetFileExtension(const wchar_t *name)
 
 bool TFileLocationInfo::GetFileName(CStr<wchar_t> &name) const
 {
-    FSSpec spec;
-    if (!GetFSSpec(spec))
+    FSSpec fsSpec;
+    if (!GetFSSpec(fsSpec))
         return false;
     char text[64];
-    std::memcpy(text, spec.name + 1, spec.name[0]);
-    text[spec.name[0]] = 0;
+    std::memcpy(text, fsSpec.name + 1, fsSpec.name[0]);
+    text[fsSpec.name[0]] = 0;
     name = text; // widened from the system encoding
     return true;
 }
@@ -376,13 +376,13 @@ bool TFileLocationInfo::Delete() const
 {
     if (IsFolder())
         return file_utils::DeleteDir(*this, true);
-    FSSpec spec;
+    FSSpec fsSpec;
     switch (kind) {
     case kLocationFSSpec:
         return FSpDelete(&storage.spec) == noErr;
     case kLocationFSRef:
         return FSDeleteObject(&storage.ref) == noErr;
     default:
-        return GetFSSpec(spec) && FSpDelete(&spec) == noErr;
+        return GetFSSpec(fsSpec) && FSpDelete(&fsSpec) == noErr;
     }
 }

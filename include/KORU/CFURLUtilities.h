@@ -69,10 +69,10 @@ Boolean CFURLIsExist(CFURLRef url);
 CFStringRef CFURLCopyPosixPath(CFURLRef url);
 
 /* The URL of the object an FSSpec names; NULL on any error. */
-CFURLRef CFURLCreateFromFSSpec(const FSSpec *spec);
+CFURLRef CFURLCreateFromFSSpec(const FSSpec *fsSpec);
 
-/* Fills spec for the existing object the URL names. */
-Boolean CFURLGetFSSpec(CFURLRef url, FSSpec *spec);
+/* Fills fsSpec for the existing object the URL names. */
+Boolean CFURLGetFSSpec(CFURLRef url, FSSpec *fsSpec);
 
 /* Opens the URL with its default application (LSOpenFromURLSpec with the
  * flags); true when that answers 0.  false for NULL or a non-URL. */

@@ -62,11 +62,11 @@ public:
     /* The location as an FSRef; false for an alias or empty location, or
      * when the object does not exist. */
     bool GetFSRef(FSRef &ref) const;
-    /* The location as an FSSpec.  For a path the spec names the item inside
+    /* The location as an FSSpec.  For a path the FSSpec names the item inside
      * its parent folder whether or not the item exists (the parent must);
      * a name longer than 63 bytes, which an FSSpec holds only in the File
      * Manager's short form, only when the item exists. */
-    bool GetFSSpec(FSSpec &spec) const;
+    bool GetFSSpec(FSSpec &fsSpec) const;
     /* A new alias handle (the caller disposes it) made from the location;
      * for an alias location the held handle is written and the result is
      * false. */

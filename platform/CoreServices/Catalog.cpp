@@ -173,7 +173,7 @@ UInt64 RoundUp(UInt64 length, UInt64 block)
 } // namespace
 
 OSErr FillCatalogInfo(const Node &node, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *info,
-                      HFSUniStr255 *name, FSSpec *spec, FSRef *parentRef)
+                      HFSUniStr255 *name, FSSpec *fsSpec, FSRef *parentRef)
 {
     const struct stat &st = node.st;
     const bool folder = S_ISDIR(st.st_mode);
@@ -228,8 +228,8 @@ OSErr FillCatalogInfo(const Node &node, FSCatalogInfoBitmap whichInfo, FSCatalog
     }
     if (name)
         UnicodeFromName(LastComponent(node.path), *name);
-    if (spec) {
-        const OSErr status = MakeSpec(node, *spec);
+    if (fsSpec) {
+        const OSErr status = MakeSpec(node, *fsSpec);
         if (status != noErr)
             return status;
     }

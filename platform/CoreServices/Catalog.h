@@ -9,7 +9,7 @@ namespace filemanager {
 
 /* Fills whatever of the out arguments is not NULL for node. */
 OSErr FillCatalogInfo(const Node &node, FSCatalogInfoBitmap whichInfo, FSCatalogInfo *info,
-                      HFSUniStr255 *name, FSSpec *spec, FSRef *parentRef);
+                      HFSUniStr255 *name, FSSpec *fsSpec, FSRef *parentRef);
 
 /* Applies the settable fields named by whichInfo to node. */
 OSErr ApplyCatalogInfo(const Node &node, FSCatalogInfoBitmap whichInfo, const FSCatalogInfo &info);

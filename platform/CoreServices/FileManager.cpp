@@ -13,12 +13,12 @@ using namespace filemanager;
 
 namespace {
 
-void ClearOut(FSRef *ref, FSSpec *spec)
+void ClearOut(FSRef *ref, FSSpec *fsSpec)
 {
     if (ref)
         std::memset(ref, 0, sizeof *ref);
-    if (spec)
-        std::memset(spec, 0, sizeof *spec);
+    if (fsSpec)
+        std::memset(fsSpec, 0, sizeof *fsSpec);
 }
 
 // The path a new child of parentRef would have.
@@ -174,12 +174,12 @@ extern "C" OSErr FSDeleteObject(const FSRef *ref)
     }
 }
 
-extern "C" OSErr FSpDelete(const FSSpec *spec)
+extern "C" OSErr FSpDelete(const FSSpec *fsSpec)
 {
-    if (!spec)
+    if (!fsSpec)
         return paramErr;
     FSRef ref;
-    const OSErr status = FSpMakeFSRef(spec, &ref);
+    const OSErr status = FSpMakeFSRef(fsSpec, &ref);
     return status != noErr ? status : FSDeleteObject(&ref);
 }
 

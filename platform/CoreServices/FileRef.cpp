@@ -295,16 +295,16 @@ void ShortenedName(const std::string &name, UInt32 nodeID, unsigned char *pascal
     std::memcpy(pascalName + 1, shortName.data(), shortName.size());
 }
 
-OSErr MakeSpec(const Node &node, FSSpec &spec)
+OSErr MakeSpec(const Node &node, FSSpec &fsSpec)
 {
-    std::memset(&spec, 0, sizeof spec);
+    std::memset(&fsSpec, 0, sizeof fsSpec);
     Volume volume;
     if (!VolumeOfNode(node, volume))
         return nsvErr;
-    spec.vRefNum = volume.refNum;
-    spec.parID = static_cast<SInt32>(ParentIDOf(node));
+    fsSpec.vRefNum = volume.refNum;
+    fsSpec.parID = static_cast<SInt32>(ParentIDOf(node));
     const std::string name = LastComponent(node.path);
-    ShortenedName(name, name.size() > 63 ? NodeIDOf(node) : 0, spec.name);
+    ShortenedName(name, name.size() > 63 ? NodeIDOf(node) : 0, fsSpec.name);
     return noErr;
 }
 

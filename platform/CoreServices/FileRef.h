@@ -57,7 +57,7 @@ OSErr NameFromUnicode(const UniChar *name, UniCharCount length, std::string &out
 void UnicodeFromName(const std::string &name, HFSUniStr255 &out);
 
 /* The FSSpec of an object (its volume, parent ID and shortened name). */
-OSErr MakeSpec(const Node &node, FSSpec &spec);
+OSErr MakeSpec(const Node &node, FSSpec &fsSpec);
 
 /* The item called name (a Pascal string, possibly shortened with "#ID") in
  * the folder at folderPath; fnfErr when there is none. */

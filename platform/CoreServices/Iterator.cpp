@@ -68,7 +68,7 @@ extern "C" OSErr FSCloseIterator(FSIterator iterator)
 extern "C" OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObjects,
                                       ItemCount *actualObjects, Boolean *containerChanged,
                                       FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfos,
-                                      FSRef *refs, FSSpecPtr specs, HFSUniStr255 *names)
+                                      FSRef *refs, FSSpecPtr fsSpecs, HFSUniStr255 *names)
 {
     if (actualObjects)
         *actualObjects = 0;
@@ -80,7 +80,7 @@ extern "C" OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObje
         return errFSBadItemCount;
     // Names alone come straight from the folder; anything else needs the
     // item's own record.
-    const bool needNode = refs || specs || (catalogInfos && whichInfo != kFSCatInfoNone);
+    const bool needNode = refs || fsSpecs || (catalogInfos && whichInfo != kFSCatInfoNone);
     try {
         ItemCount count = 0;
         while (count < maximumObjects) {
@@ -99,7 +99,7 @@ extern "C" OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObje
                     continue; // removed since the folder listed it
                 node.path = JoinPath(iterator->path, entry->d_name);
                 const OSErr status = FillCatalogInfo(node, whichInfo, catalogInfos ? &catalogInfos[count] : nullptr,
-                                                     nullptr, specs ? &specs[count] : nullptr, nullptr);
+                                                     nullptr, fsSpecs ? &fsSpecs[count] : nullptr, nullptr);
                 if (status != noErr)
                     continue;
                 MakeRef(refs ? &refs[count] : nullptr, node);

@@ -383,28 +383,28 @@ OSStatus OpenWithDefaultApplications(const Arguments &items, bool waitForVerdict
     return noErr;
 }
 
-OSStatus Launch(const LSLaunchURLSpec *spec, CFURLRef *outLaunchedURL)
+OSStatus Launch(const LSLaunchURLSpec *launchSpec, CFURLRef *outLaunchedURL)
 {
-    if (spec->appURL == nullptr && spec->itemURLs == nullptr)
+    if (launchSpec->appURL == nullptr && launchSpec->itemURLs == nullptr)
         return paramErr;
     Arguments items;
-    OSStatus status = ArgumentsOfItems(spec->itemURLs, &items);
+    OSStatus status = ArgumentsOfItems(launchSpec->itemURLs, &items);
     if (status != noErr)
         return status;
-    const bool waitForVerdict = (spec->launchFlags & kLSLaunchAsync) == 0;
+    const bool waitForVerdict = (launchSpec->launchFlags & kLSLaunchAsync) == 0;
 
-    if (spec->appURL == nullptr)
+    if (launchSpec->appURL == nullptr)
         return items.empty() ? paramErr : OpenWithDefaultApplications(items, waitForVerdict);
 
     std::vector<Arguments> commands;
-    status = ApplicationCommands(spec->appURL, items, &commands);
+    status = ApplicationCommands(launchSpec->appURL, items, &commands);
     if (status != noErr)
         return status;
     for (const Arguments &command : commands)
         if (RunDetached(command, false) < 0)
             return kLSNoExecutableErr;
     if (outLaunchedURL != nullptr)
-        *outLaunchedURL = static_cast<CFURLRef>(CFRetain(spec->appURL));
+        *outLaunchedURL = static_cast<CFURLRef>(CFRetain(launchSpec->appURL));
     return noErr;
 }
 
@@ -433,8 +433,8 @@ extern "C" OSStatus LSOpenCFURLRef(CFURLRef inURL, CFURLRef *outLaunchedURL)
                                      &kCFTypeArrayCallBacks);
     if (items == nullptr)
         return memFullErr;
-    LSLaunchURLSpec spec = {nullptr, items, nullptr, kLSLaunchDefaults, nullptr};
-    OSStatus status = LSOpenFromURLSpec(&spec, outLaunchedURL);
+    LSLaunchURLSpec launchSpec = {nullptr, items, nullptr, kLSLaunchDefaults, nullptr};
+    OSStatus status = LSOpenFromURLSpec(&launchSpec, outLaunchedURL);
     CFRelease(items);
     return status;
 }

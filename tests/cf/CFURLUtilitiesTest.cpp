@@ -258,12 +258,12 @@ TEST_F(CFURLUtilitiesTest, URLsThroughTheFileSystem)
     EXPECT_EQ(nullptr, CFURLCopyPosixPath(FileURL(root_ + "/missing.txt")));
     EXPECT_EQ(nullptr, CFURLCopyPosixPath(nullptr));
 
-    FSSpec spec;
-    ASSERT_TRUE(CFURLGetFSSpec(FileURL(file), &spec));
-    EXPECT_EQ(8, spec.name[0]);
-    EXPECT_EQ(0, memcmp(spec.name + 1, "icon.png", 8));
-    EXPECT_EQ(file, TakePath(CFURLCreateFromFSSpec(&spec)));
-    EXPECT_FALSE(CFURLGetFSSpec(FileURL(root_ + "/missing"), &spec));
+    FSSpec fsSpec;
+    ASSERT_TRUE(CFURLGetFSSpec(FileURL(file), &fsSpec));
+    EXPECT_EQ(8, fsSpec.name[0]);
+    EXPECT_EQ(0, memcmp(fsSpec.name + 1, "icon.png", 8));
+    EXPECT_EQ(file, TakePath(CFURLCreateFromFSSpec(&fsSpec)));
+    EXPECT_FALSE(CFURLGetFSSpec(FileURL(root_ + "/missing"), &fsSpec));
     EXPECT_FALSE(CFURLGetFSSpec(FileURL(file), nullptr));
     EXPECT_EQ(nullptr, CFURLCreateFromFSSpec(nullptr));
 }

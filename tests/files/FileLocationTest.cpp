@@ -42,9 +42,9 @@ TEST(FileLocation, AllFiveFormsConvertIntoEachOther)
     const TFileLocationInfo byPath = PathLocation(itemPath);
 
     FSRef ref;
-    FSSpec spec;
+    FSSpec fsSpec;
     ASSERT_TRUE(byPath.GetFSRef(ref));
-    ASSERT_TRUE(byPath.GetFSSpec(spec));
+    ASSERT_TRUE(byPath.GetFSSpec(fsSpec));
     CFURLRef url = byPath.CreateCFURL();
     ASSERT_NE(nullptr, url);
     AliasHandle alias = nullptr;
@@ -53,7 +53,7 @@ TEST(FileLocation, AllFiveFormsConvertIntoEachOther)
     TFileLocationInfo byRef, bySpec, byURL, byAlias;
     byRef.SetFSRef(ref);
     bySpec.kind = TFileLocationInfo::kLocationFSSpec;
-    bySpec.storage.spec = spec;
+    bySpec.storage.spec = fsSpec;
     byURL.SetCFURL(url);
     CFRelease(url);
     EXPECT_TRUE(byAlias.SetAliasHandle(alias));
@@ -66,7 +66,7 @@ TEST(FileLocation, AllFiveFormsConvertIntoEachOther)
         EXPECT_EQ(noErr, FSCompareFSRefs(&expected, &again));
         FSSpec specAgain;
         ASSERT_TRUE(location->GetFSSpec(specAgain));
-        EXPECT_EQ(0, std::memcmp(&spec, &specAgain, sizeof spec));
+        EXPECT_EQ(0, std::memcmp(&fsSpec, &specAgain, sizeof fsSpec));
         AliasHandle made = nullptr;
         ASSERT_TRUE(location->GetAliasHandle(made));
         FSRef resolved;
@@ -203,13 +203,13 @@ TEST(FileLocation, CreatesAndDeletesOnDisk)
     EXPECT_FALSE(PathLocation(folder / "missing/file").CreateFile());
     EXPECT_FALSE(PathLocation(folder / "missing/file").IsFile());
 
-    // A spec names an item that does not exist yet.
-    FSSpec spec;
-    ASSERT_TRUE(PathLocation(folder / "made/later").GetFSSpec(spec));
+    // An FSSpec names an item that does not exist yet.
+    FSSpec fsSpec;
+    ASSERT_TRUE(PathLocation(folder / "made/later").GetFSSpec(fsSpec));
     FSRef ref;
-    EXPECT_EQ(fnfErr, FSpMakeFSRef(&spec, &ref));
+    EXPECT_EQ(fnfErr, FSpMakeFSRef(&fsSpec, &ref));
     WriteFile(folder / "made/later", "");
-    EXPECT_EQ(noErr, FSpMakeFSRef(&spec, &ref));
+    EXPECT_EQ(noErr, FSpMakeFSRef(&fsSpec, &ref));
 
     // Deleting a file by path; a folder with everything in it.
     EXPECT_TRUE(PathLocation(folder / "made/later").Delete());
@@ -228,31 +228,31 @@ TEST(FileLocation, NamesComeFromTheSpec)
 {
     TemporaryFolder folder;
     const std::string longName = std::string(70, 'L') + ".txt";
-    const std::string cutName(63, 'L'); // the long name cut to the spec's 63 bytes
+    const std::string cutName(63, 'L'); // the long name cut to the FSSpec's 63 bytes
     WriteFile(folder / longName, "");
     WriteFile(folder / cutName, "keep");
     CStr<wchar_t> name, nameByRef;
     ASSERT_TRUE(PathLocation(folder / longName).GetFileName(name));
-    EXPECT_EQ(63, name.GetLength()); // the spec's name field holds 63 bytes
+    EXPECT_EQ(63, name.GetLength()); // the FSSpec's name field holds 63 bytes
     TFileLocationInfo byRef;
     byRef.SetFSRef(RefAt(folder / longName));
     ASSERT_TRUE(byRef.GetFileName(nameByRef));
     EXPECT_EQ(Narrow(nameByRef), Narrow(name));
 
-    // The spec of a long name names that item, never the one its first 63
+    // The FSSpec of a long name names that item, never the one its first 63
     // bytes would name.
     EXPECT_TRUE(PathLocation(folder / longName).Delete());
     EXPECT_FALSE(Exists(folder / longName));
     EXPECT_EQ("keep", ReadFile(folder / cutName));
-    FSSpec spec;
-    EXPECT_FALSE(PathLocation(folder / longName).GetFSSpec(spec));
+    FSSpec fsSpec;
+    EXPECT_FALSE(PathLocation(folder / longName).GetFSSpec(fsSpec));
     EXPECT_FALSE(PathLocation("no-folder-here").GetFileName(name));
 
     // A name with no form in the system encoding names nothing, not its folder.
     mkdir((folder / "empty").c_str(), 0755);
     TFileLocationInfo unnamed = PathLocation(folder / "empty/");
     unnamed.path += static_cast<wchar_t>(0xD800);
-    EXPECT_FALSE(unnamed.GetFSSpec(spec));
+    EXPECT_FALSE(unnamed.GetFSSpec(fsSpec));
     EXPECT_FALSE(unnamed.Delete());
     EXPECT_TRUE(Exists(folder / "empty"));
 }

@@ -73,10 +73,10 @@ TEST(Aliases, MadeFromSpecsAndUpdated)
     WriteFile(folder / "one", "1");
     WriteFile(folder / "two", "2");
     const FSRef one = RefAt(folder / "one"), two = RefAt(folder / "two");
-    FSSpec spec;
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&one, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
+    FSSpec fsSpec;
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&one, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
     Alias alias;
-    ASSERT_EQ(noErr, NewAlias(nullptr, &spec, &alias.handle));
+    ASSERT_EQ(noErr, NewAlias(nullptr, &fsSpec, &alias.handle));
     FSRef found;
     ASSERT_EQ(noErr, FSResolveAlias(nullptr, alias.handle, &found, nullptr));
     EXPECT_EQ(noErr, FSCompareFSRefs(&one, &found));
@@ -89,9 +89,9 @@ TEST(Aliases, MadeFromSpecsAndUpdated)
     ASSERT_EQ(noErr, FSResolveAlias(nullptr, alias.handle, &found, nullptr));
     EXPECT_EQ(noErr, FSCompareFSRefs(&two, &found));
 
-    std::memcpy(spec.name, "\x07missing", 8);
+    std::memcpy(fsSpec.name, "\x07missing", 8);
     AliasHandle none = reinterpret_cast<AliasHandle>(1);
-    EXPECT_EQ(fnfErr, NewAlias(nullptr, &spec, &none));
+    EXPECT_EQ(fnfErr, NewAlias(nullptr, &fsSpec, &none));
     EXPECT_EQ(nullptr, none);
     EXPECT_EQ(paramErr, FSNewAlias(nullptr, nullptr, &none));
 }

@@ -12,16 +12,16 @@ TEST(FileManager, CreatesFoldersAndFiles)
     const FSRef parent = RefAt(folder.Path());
     const auto name = Units(u"New Folder"), file = Units(u"notes.txt");
     FSRef made;
-    FSSpec spec;
+    FSSpec fsSpec;
     UInt32 dirID = 0;
     ASSERT_EQ(noErr, FSCreateDirectoryUnicode(&parent, name.size(), name.data(), kFSCatInfoNone, nullptr, &made,
-                                              &spec, &dirID));
+                                              &fsSpec, &dirID));
     EXPECT_EQ(folder / "New Folder", PathOf(made));
     FSCatalogInfo info;
     ASSERT_EQ(noErr, FSGetCatalogInfo(&made, kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr));
     EXPECT_EQ(info.nodeID, dirID);
     FSRef fromSpec;
-    ASSERT_EQ(noErr, FSpMakeFSRef(&spec, &fromSpec));
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &fromSpec));
     EXPECT_EQ(noErr, FSCompareFSRefs(&made, &fromSpec));
     EXPECT_EQ(dupFNErr, FSCreateDirectoryUnicode(&parent, name.size(), name.data(), kFSCatInfoNone, nullptr,
                                                  nullptr, nullptr, nullptr));
@@ -71,11 +71,11 @@ TEST(FileManager, DeletesOnlyWhatIsEmpty)
 
     // By FSSpec.
     const FSRef file = RefAt(folder / "file");
-    FSSpec spec;
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    EXPECT_EQ(noErr, FSpDelete(&spec));
+    FSSpec fsSpec;
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&file, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
+    EXPECT_EQ(noErr, FSpDelete(&fsSpec));
     EXPECT_FALSE(Exists(folder / "file"));
-    EXPECT_EQ(fnfErr, FSpDelete(&spec));
+    EXPECT_EQ(fnfErr, FSpDelete(&fsSpec));
     EXPECT_EQ(paramErr, FSpDelete(nullptr));
     EXPECT_EQ(paramErr, FSDeleteObject(nullptr));
 }

@@ -166,45 +166,45 @@ TEST(FileRef, SpecsNameItemsByVolumeFolderIDAndName)
 
     const FSRef sub = RefAt(folder / "sub"), item = RefAt(folder / "sub/item");
     FSCatalogInfo subInfo;
-    FSSpec spec;
+    FSSpec fsSpec;
     ASSERT_EQ(noErr, FSGetCatalogInfo(&sub, kFSCatInfoNodeID | kFSCatInfoVolume, &subInfo, nullptr, nullptr, nullptr));
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    EXPECT_EQ(static_cast<SInt32>(subInfo.nodeID), SInt32(spec.parID));
-    EXPECT_EQ(subInfo.volume, spec.vRefNum);
-    EXPECT_EQ(std::string("item"), std::string(reinterpret_cast<char *>(spec.name + 1), spec.name[0]));
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
+    EXPECT_EQ(static_cast<SInt32>(subInfo.nodeID), SInt32(fsSpec.parID));
+    EXPECT_EQ(subInfo.volume, fsSpec.vRefNum);
+    EXPECT_EQ(std::string("item"), std::string(reinterpret_cast<char *>(fsSpec.name + 1), fsSpec.name[0]));
     FSRef back;
-    ASSERT_EQ(noErr, FSpMakeFSRef(&spec, &back));
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &back));
     EXPECT_EQ(noErr, FSCompareFSRefs(&item, &back));
 
     // A name too long for 63 bytes is shortened with its node ID and still
     // finds its item.
     const FSRef longItem = RefAt(folder / ("sub/" + longName));
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&longItem, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    const std::string shortName(reinterpret_cast<char *>(spec.name + 1), spec.name[0]);
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&longItem, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
+    const std::string shortName(reinterpret_cast<char *>(fsSpec.name + 1), fsSpec.name[0]);
     EXPECT_LE(shortName.size(), 63u);
     EXPECT_NE(std::string::npos, shortName.find('#'));
     EXPECT_EQ(".document", shortName.substr(shortName.size() - 9));
-    ASSERT_EQ(noErr, FSpMakeFSRef(&spec, &back));
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &back));
     EXPECT_EQ(noErr, FSCompareFSRefs(&longItem, &back));
 
     // An empty name names the folder itself; the root's parent is fsRtParID.
-    spec.name[0] = 0;
-    ASSERT_EQ(noErr, FSpMakeFSRef(&spec, &back));
+    fsSpec.name[0] = 0;
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &back));
     EXPECT_EQ(noErr, FSCompareFSRefs(&sub, &back));
     const FSRef root = RefAt("/");
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&root, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    EXPECT_EQ(fsRtParID, SInt32(spec.parID));
-    ASSERT_EQ(noErr, FSpMakeFSRef(&spec, &back));
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&root, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
+    EXPECT_EQ(fsRtParID, SInt32(fsSpec.parID));
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &back));
     EXPECT_EQ("/", PathOf(back));
 
     // A missing item, an unknown folder ID and an unknown volume.
-    ASSERT_EQ(noErr, FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, nullptr, &spec, nullptr));
-    std::memcpy(spec.name, "\x07missing", 8);
-    EXPECT_EQ(fnfErr, FSpMakeFSRef(&spec, &back));
-    spec.parID = 0x7FFFFFF0;
-    EXPECT_EQ(dirNFErr, FSpMakeFSRef(&spec, &back));
-    spec.vRefNum = -30000;
-    EXPECT_EQ(nsvErr, FSpMakeFSRef(&spec, &back));
+    ASSERT_EQ(noErr, FSGetCatalogInfo(&item, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr));
+    std::memcpy(fsSpec.name, "\x07missing", 8);
+    EXPECT_EQ(fnfErr, FSpMakeFSRef(&fsSpec, &back));
+    fsSpec.parID = 0x7FFFFFF0;
+    EXPECT_EQ(dirNFErr, FSpMakeFSRef(&fsSpec, &back));
+    fsSpec.vRefNum = -30000;
+    EXPECT_EQ(nsvErr, FSpMakeFSRef(&fsSpec, &back));
     EXPECT_EQ(paramErr, FSpMakeFSRef(nullptr, &back));
 }
 

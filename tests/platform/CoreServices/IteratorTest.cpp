@@ -66,20 +66,20 @@ TEST(Iterator, FillsRefsSpecsAndCatalogInfo)
     ASSERT_EQ(noErr, FSOpenIterator(&ref, kFSIterateFlat, &iterator));
     FSCatalogInfo infos[8];
     FSRef refs[8];
-    FSSpec specs[8];
+    FSSpec fsSpecs[8];
     HFSUniStr255 names[8];
     ItemCount count = 0;
     Boolean changed = true;
     ASSERT_EQ(noErr, FSGetCatalogInfoBulk(iterator, 8, &count, &changed, kFSCatInfoNodeFlags | kFSCatInfoDataSizes,
-                                          infos, refs, specs, names));
+                                          infos, refs, fsSpecs, names));
     EXPECT_FALSE(changed);
     ASSERT_EQ(3u, count);
     for (ItemCount k = 0; k < count; ++k) {
         const std::string name = Narrow(names[k]);
         EXPECT_EQ(folder / name, PathOf(refs[k]));
-        EXPECT_EQ(name, std::string(reinterpret_cast<char *>(specs[k].name + 1), specs[k].name[0]));
+        EXPECT_EQ(name, std::string(reinterpret_cast<char *>(fsSpecs[k].name + 1), fsSpecs[k].name[0]));
         FSRef fromSpec;
-        ASSERT_EQ(noErr, FSpMakeFSRef(&specs[k], &fromSpec));
+        ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpecs[k], &fromSpec));
         EXPECT_EQ(noErr, FSCompareFSRefs(&fromSpec, &refs[k]));
         EXPECT_EQ(name == "sub", (infos[k].nodeFlags & kFSNodeIsDirectoryMask) != 0);
         if (name == "data") {

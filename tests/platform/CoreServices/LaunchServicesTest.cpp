@@ -122,8 +122,8 @@ protected:
 
     OSStatus Open(CFURLRef app, CFArrayRef items, LSLaunchFlags flags, CFURLRef *launched = nullptr)
     {
-        LSLaunchURLSpec spec = {app, items, nullptr, flags, nullptr};
-        return LSOpenFromURLSpec(&spec, launched);
+        LSLaunchURLSpec launchSpec = {app, items, nullptr, flags, nullptr};
+        return LSOpenFromURLSpec(&launchSpec, launched);
     }
 
     std::string root_, record_, recorder_, desktopFile_;

@@ -314,7 +314,7 @@ OSErr FSCloseIterator(FSIterator iterator);
 OSErr FSGetCatalogInfoBulk(FSIterator iterator, ItemCount maximumObjects,
                            ItemCount *actualObjects, Boolean *containerChanged,
                            FSCatalogInfoBitmap whichInfo, FSCatalogInfo *catalogInfos,
-                           FSRef *refs, FSSpecPtr specs, HFSUniStr255 *names);
+                           FSRef *refs, FSSpecPtr fsSpecs, HFSUniStr255 *names);
 
 /* ---- Creating, renaming, moving and deleting ---- */
 
@@ -336,7 +336,7 @@ OSErr FSCreateFileUnicode(const FSRef *parentRef, UniCharCount nameLength,
 OSErr FSDeleteObject(const FSRef *ref);
 
 /* FSpMakeFSRef, then FSDeleteObject. */
-OSErr FSpDelete(const FSSpec *spec);
+OSErr FSpDelete(const FSSpec *fsSpec);
 
 /* Renames the object inside its folder, companion included; newRef (may be
  * NULL) receives the renamed object.  dupFNErr when the name is taken. */

@@ -46,7 +46,7 @@ typedef struct LSLaunchURLSpec {
 } LSLaunchURLSpec;
 
 /* Opens the items, or starts the application.  Answers 0 on success;
- * paramErr for a NULL spec, a spec with neither application nor items, or an
+ * paramErr for a NULL launch record, a launch record with neither application nor items, or an
  * item that is not a CFURL; fnfErr for a missing file;
  * kLSApplicationNotFoundErr when no application handles an item;
  * kLSNoExecutableErr when the given application cannot be started.  Unless
