@@ -58,16 +58,8 @@ OSErr CreateFolderIn(CFURLRef parentURL, const CStr<wchar_t> &name)
                                     &created, nullptr, nullptr);
 }
 
-} // namespace location_support
-
-using namespace location_support;
-
-CFURLRef GetParentFolderURL(const CStr<wchar_t> &path, CStr<wchar_t> &name)
+CFURLRef SplitAtLastSlash(const CStr<wchar_t> &text, CStr<wchar_t> &name)
 {
-    CStr<wchar_t> text = path;
-    const wchar_t last = text.IsEmpty() ? 0 : text[text.GetLength() - 1];
-    if (last == L'\\' || last == L'/' || last == L':')
-        text = text.Left(text.GetLength() - 1);
     const int slash = text.ReverseFind(kDelimiter);
     if (slash < 0)
         return nullptr;
@@ -81,6 +73,19 @@ CFURLRef GetParentFolderURL(const CStr<wchar_t> &path, CStr<wchar_t> &name)
     CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, parentText, kCFURLPOSIXPathStyle, false);
     CFRelease(parentText);
     return url;
+}
+
+} // namespace location_support
+
+using namespace location_support;
+
+CFURLRef GetParentFolderURL(const CStr<wchar_t> &path, CStr<wchar_t> &name)
+{
+    CStr<wchar_t> text = path;
+    const wchar_t last = text.IsEmpty() ? 0 : text[text.GetLength() - 1];
+    if (last == L'\\' || last == L'/' || last == L':')
+        text = text.Left(text.GetLength() - 1);
+    return SplitAtLastSlash(text, name);
 }
 
 TFileLocationInfo::TFileLocationInfo() : kind(kLocationNone)

@@ -128,18 +128,7 @@ CFURLRef GetParentFolderURL(const CStr<wchar_t> &path, CStr<wchar_t> &name)
     CStr<wchar_t> text = path;
     if (EndsWithDelimiter(text))
         text = text.Left(text.GetLength() - 1);
-    const int slash = text.ReverseFind(kDelimiter);
-    if (slash < 0)
-        return nullptr;
-    name = text.Mid(slash + 1);
-    // "/name" lies in the root; an empty parent path would mean the current folder.
-    const CStr<wchar_t> parent = slash == 0 ? CStr<wchar_t>(L"/") : text.Left(slash);
-    CFStringRef parentText = parent.CreateCFString();
-    if (!parentText)
-        return nullptr;
-    CFURLRef url = CFURLCreateWithFileSystemPath(kCFAllocatorDefault, parentText, kCFURLPOSIXPathStyle, false);
-    CFRelease(parentText);
-    return url;
+    return location_support::SplitAtLastSlash(text, name);
 }
 
 CStr<wchar_t> GetAbsFileName(const CStr<wchar_t> &rel, const CStr<wchar_t> &base)

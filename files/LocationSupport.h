@@ -16,6 +16,11 @@ std::vector<char> SystemEncodedText(const CStr<wchar_t> &text);
  * unit) inside the folder of parentURL; the File Manager's result. */
 OSErr CreateFolderIn(CFURLRef parentURL, const CStr<wchar_t> &name);
 
+/* Splits an already trimmed path at its last "/": name receives what
+ * follows, and the answer is a new URL for what precedes it ("/" when that
+ * is empty).  NULL when the path has no "/". */
+CFURLRef SplitAtLastSlash(const CStr<wchar_t> &text, CStr<wchar_t> &name);
+
 } // namespace location_support
 
 #endif
