@@ -10,18 +10,26 @@ separate_arguments(_gs_base_libs UNIX_COMMAND "${_gs_base_libs}")
 
 # gnustep-config also hands out dependency-file, optimisation and warning
 # flags; the build chooses those itself.
+# It also names folders that may not exist on this machine (the user's own
+# GNUstep folders, /usr/local); only those that do are kept.
 set(GNUSTEP_OBJC_FLAGS "")
 foreach(flag IN LISTS _gs_objc_flags)
   if(flag MATCHES "^-I(/.*)$")
     # GNUstep's headers are system headers: their warnings are not ours.
-    list(APPEND GNUSTEP_OBJC_FLAGS "-isystem${CMAKE_MATCH_1}")
+    if(IS_DIRECTORY "${CMAKE_MATCH_1}")
+      list(APPEND GNUSTEP_OBJC_FLAGS "-isystem${CMAKE_MATCH_1}")
+    endif()
   elseif(NOT flag MATCHES "^-(MMD|MP|O[0-9s]?|g|Wall|I\\.)$")
     list(APPEND GNUSTEP_OBJC_FLAGS "${flag}")
   endif()
 endforeach()
 set(GNUSTEP_BASE_LINK "")
 foreach(flag IN LISTS _gs_base_libs)
-  if(NOT flag MATCHES "^-(shared-libgcc|rdynamic)$")
+  if(flag MATCHES "^-L(/.*)$")
+    if(IS_DIRECTORY "${CMAKE_MATCH_1}")
+      list(APPEND GNUSTEP_BASE_LINK "${flag}")
+    endif()
+  elseif(NOT flag MATCHES "^-(shared-libgcc|rdynamic)$")
     list(APPEND GNUSTEP_BASE_LINK "${flag}")
   endif()
 endforeach()

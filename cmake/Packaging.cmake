@@ -14,13 +14,38 @@ install(FILES ${PROJECT_BINARY_DIR}/KORUConfig.cmake
               ${PROJECT_SOURCE_DIR}/cmake/GNUstep.cmake
         DESTINATION ${KORU_CMAKE_DIR})
 
-# pkg-config: C and C++ programs need the include paths and libraries; an
-# Objective-C program also finds GNUstep's headers and the runtime there.
-set(KORU_PC_INCLUDES "")
-foreach(flag IN LISTS _gs_objc_flags)
-  if(flag MATCHES "^-I/" OR flag MATCHES "^-D")
-    string(APPEND KORU_PC_INCLUDES " ${flag}")
+# pkg-config: koru.pc gives C and C++ hosts the toolkit's headers and
+# libraries and nothing else, so that they compile warning-free;
+# koru-objc.pc (Requires: koru) adds what an Objective-C host needs from
+# GNUstep.  Neither names a folder of the machine or user that built them:
+# GNUstep folders under the builder's home are left out.
+# GNUstep's headers are named with -isystem, as in the build, so that a host
+# compiling with -Wextra sees its own warnings only.
+set(KORU_PC_OBJC_CFLAGS "")
+foreach(flag IN LISTS GNUSTEP_OBJC_FLAGS)
+  if(DEFINED ENV{HOME} AND NOT "$ENV{HOME}" STREQUAL "/" AND flag MATCHES "^-isystem$ENV{HOME}/")
+    continue()
   endif()
+  list(APPEND KORU_PC_OBJC_CFLAGS "${flag}")
 endforeach()
-configure_file(${PROJECT_SOURCE_DIR}/cmake/koru.pc.in ${PROJECT_BINARY_DIR}/koru.pc @ONLY)
-install(FILES ${PROJECT_BINARY_DIR}/koru.pc DESTINATION ${CMAKE_INSTALL_LIBDIR}/pkgconfig)
+list(REMOVE_DUPLICATES KORU_PC_OBJC_CFLAGS)
+list(JOIN KORU_PC_OBJC_CFLAGS " " KORU_PC_OBJC_CFLAGS)
+# The GUI libraries (gnustep-gui) join this line once AppKit is linked.
+set(KORU_PC_OBJC_LIBS "-lgnustep-base -lobjc")
+
+# The prefix is written when the files are installed, as an absolute path,
+# so that the run path they hand out works from any folder (${pcfiledir} is
+# relative when PKG_CONFIG_PATH is).  The first pass leaves the placeholder
+# @KORU_PC_PREFIX@ for the install step to fill in.
+set(KORU_PC_PREFIX "@KORU_PC_PREFIX@")
+foreach(pc koru koru-objc)
+  configure_file(${PROJECT_SOURCE_DIR}/cmake/${pc}.pc.in ${PROJECT_BINARY_DIR}/${pc}.pc.in @ONLY)
+endforeach()
+install(CODE "
+  get_filename_component(KORU_PC_PREFIX \"\${CMAKE_INSTALL_PREFIX}\" ABSOLUTE)
+  foreach(pc koru koru-objc)
+    set(pc_file \"\$ENV{DESTDIR}\${KORU_PC_PREFIX}/${CMAKE_INSTALL_LIBDIR}/pkgconfig/\${pc}.pc\")
+    message(STATUS \"Installing: \${pc_file}\")
+    configure_file(\"${PROJECT_BINARY_DIR}/\${pc}.pc.in\" \"\${pc_file}\" @ONLY)
+  endforeach()
+")

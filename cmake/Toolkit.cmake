@@ -4,14 +4,26 @@ koru_glob_sources(toolkit_sources
   ${PROJECT_SOURCE_DIR}/net ${PROJECT_SOURCE_DIR}/cf ${PROJECT_SOURCE_DIR}/cocoa)
 
 add_library(KORU SHARED ${toolkit_sources} ${PROJECT_SOURCE_DIR}/cmake/Banner.c)
+# Installed, the library finds the platform library beside it through its
+# own run path: a host's run path does not serve its libraries'
+# dependencies.  Loaded as the bundle's executable (a link in KORU.bundle/),
+# its $ORIGIN is the bundle folder, hence the second entry.
 set_target_properties(KORU PROPERTIES
-  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+  INSTALL_RPATH "$ORIGIN;$ORIGIN/..")
 target_include_directories(KORU PUBLIC
   $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}/include>
   $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}>)
 target_link_libraries(KORU
   PUBLIC KORUPlatform
   PRIVATE OpenSSL::Crypto CURL::libcurl Threads::Threads ${CMAKE_DL_LIBS})
+
+# KORU::KORUObjC: what koru-objc.pc gives an Objective-C host, the toolkit
+# with GNUstep's Objective-C flags (KORU::KORU alone carries them for
+# Objective-C sources too).  The GUI libraries join here once AppKit is linked.
+add_library(KORUObjC INTERFACE)
+target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Base)
+install(TARGETS KORUObjC EXPORT KORUTargets)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/KORU
         DESTINATION ${CMAKE_INSTALL_INCLUDEDIR} FILES_MATCHING PATTERN "*.h")

@@ -1,4 +1,6 @@
-/* An Objective-C program outside the tree, built against the installed package. */
+/* An Objective-C program outside the tree, built through koru-objc.  It
+ * catches a Foundation exception with @try, which needs the package's
+ * -fobjc-exceptions. */
 #import <Foundation/Foundation.h>
 #include <KORU/KORU.h>
 
@@ -11,6 +13,13 @@ int main(void)
     CFStringRef made = CFStringCreateWithCString(NULL, "made in CF", kCFStringEncodingUTF8);
     ok = ok && [(NSString *)made hasSuffix:@"CF"];
     CFRelease(made);
+    BOOL caught = NO;
+    @try {
+        [[NSArray array] objectAtIndex:3];
+    } @catch (NSException *e) {
+        caught = [[e name] isEqualToString:NSRangeException];
+    }
+    ok = ok && caught;
     printf("%s\n", ok ? "objc consumer: ok" : "objc consumer: FAILED");
     [pool drain];
     return ok ? 0 : 1;
