@@ -144,24 +144,16 @@ FolderAnswer PrivateTemporaryFolder(bool create)
     return IsPrivateDirectory(path) ? Found(path) : Failed(permErr);
 }
 
-/* $XDG_RUNTIME_DIR is only used when it meets the XDG rules: an absolute path
- * to a directory of this user that no one else may enter. */
-FolderAnswer ChewableFolder(bool create)
-{
-    std::string runtime = WithoutTrailingSlashes(EnvironmentValue("XDG_RUNTIME_DIR"));
-    if (!runtime.empty() && runtime[0] == '/' && IsPrivateDirectory(runtime))
-        return Found(runtime);
-    return PrivateTemporaryFolder(create);
-}
-
 FolderAnswer UserFolder(OSType folderType, bool create)
 {
     switch (folderType) {
     case kTemporaryFolderType:
     case kTemporaryItemsInUserDomainFolderType:
-        return PrivateTemporaryFolder(create);
+    /* Chewable items share the private temporary folder rather than
+     * $XDG_RUNTIME_DIR: that is a small tmpfs meant for sockets, and
+     * temporary files can be large. */
     case kChewableItemsFolderType:
-        return ChewableFolder(create);
+        return PrivateTemporaryFolder(create);
     case kDesktopFolderType:
         return ExistingFolder(UserDirectory("XDG_DESKTOP_DIR", "Desktop"), create, 0755);
     case kDocumentsFolderType:

@@ -69,15 +69,15 @@ TEST_F(FoldersTest, TemporaryFolderIsPrivateToTheUser)
     Path(kUserDomain, kTemporaryFolderType, kCreateFolder, permErr);
 }
 
-TEST_F(FoldersTest, ChewableFolderUsesAValidRuntimeFolderOnly)
+TEST_F(FoldersTest, ChewableFolderIsThePrivateTemporaryFolder)
 {
+    // Even a valid runtime folder is passed over: it is a small tmpfs.
     std::string runtime = mRoot + "/run";
     fs::create_directories(runtime);
-    setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
-    chmod(runtime.c_str(), 0755);
-    EXPECT_EQ(PrivateTemp(), Path(kUserDomain, kChewableItemsFolderType, kCreateFolder));
     chmod(runtime.c_str(), 0700);
-    EXPECT_EQ(runtime, Path(kUserDomain, kChewableItemsFolderType, kCreateFolder));
+    setenv("XDG_RUNTIME_DIR", runtime.c_str(), 1);
+    EXPECT_EQ("", Path(kUserDomain, kChewableItemsFolderType, kDontCreateFolder, fnfErr));
+    EXPECT_EQ(PrivateTemp(), Path(kUserDomain, kChewableItemsFolderType, kCreateFolder));
 }
 
 TEST_F(FoldersTest, UserFoldersFollowTheXDGSettings)

@@ -5,7 +5,8 @@
  *                   a folder there that is not a real directory owned by the
  *                   user with exactly that mode is refused (permErr), so no
  *                   other user can plant files or links in it
- *   'flnt'          $XDG_RUNTIME_DIR when it is set and valid, else 'temp'
+ *   'flnt'          the 'temp' folder (never $XDG_RUNTIME_DIR, a small tmpfs
+ *                   meant for sockets)
  *   'desk', 'docs'  XDG_DESKTOP_DIR / XDG_DOCUMENTS_DIR from
  *                   $XDG_CONFIG_HOME/user-dirs.dirs, else ~/Desktop, ~/Documents
  *   'pref'          $XDG_CONFIG_HOME (~/.config)
