@@ -2,10 +2,12 @@
  * <temporary folder>/tarnix-logs/log.txt while that folder exists. */
 #include <KORU/Utils.h>
 
+#include <climits>
 #include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <ctime>
+#include <cwchar>
 #include <string>
 
 namespace {
@@ -30,15 +32,23 @@ void WriteTimeStamp(FILE *log)
     std::fprintf(log, "%s ", stamp);
 }
 
-/* wcstombs into a 1024-byte buffer; a longer message is cut to the buffer. */
+/* wcstombs into a 1024-byte buffer; a longer message is cut to the buffer.
+ * When a character cannot be converted in the current locale (a host that
+ * never calls setlocale runs in "C"), the text before it is what wcstombs
+ * leaves in the buffer, and that is kept: hence one character at a time. */
 std::string NarrowMessage(const WString &msg)
 {
-    char buffer[1024];
-    std::wstring text(msg.data(), msg.size());
-    size_t length = std::wcstombs(buffer, text.c_str(), sizeof buffer);
-    if (length == static_cast<size_t>(-1))
-        return std::string();
-    return std::string(buffer, length < sizeof buffer ? length : sizeof buffer);
+    const size_t limit = 1024;
+    std::string text;
+    std::mbstate_t state{};
+    char bytes[MB_LEN_MAX];
+    for (size_t k = 0; k < msg.size() && msg[k] != L'\0'; ++k) {
+        size_t length = std::wcrtomb(bytes, msg[k], &state);
+        if (length == static_cast<size_t>(-1) || text.size() + length > limit)
+            break;
+        text.append(bytes, length);
+    }
+    return text;
 }
 
 } // namespace

@@ -2,6 +2,7 @@
 
 #include <gtest/gtest.h>
 
+#include <clocale>
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
@@ -51,5 +52,34 @@ TEST(MessageLog, WritesStampedLinesOnlyWhileItsFolderExists)
 
     fs::remove_all(folder);
     EXPECT_FALSE(Utils::IsLoggingOn());
+    fs::remove_all(root);
+}
+
+// A host that never calls setlocale runs in the "C" locale, where "é" has no
+// byte: the wide message keeps the text before it, and a long message is cut
+// to the 1024-byte buffer.
+TEST(MessageLog, WideTextKeepsWhatConvertsInTheCLocale)
+{
+    ASSERT_NE(nullptr, std::setlocale(LC_ALL, "C"));
+    char pattern[] = "/tmp/MessageLogTest.XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(pattern));
+    std::string root = pattern;
+    setenv("TMPDIR", root.c_str(), 1);
+    std::string folder = root + "/koru-" + std::to_string(geteuid()) + "/tarnix-logs";
+    ASSERT_EQ(folder + "/log.txt", Utils::GetLogFilename()); // makes the private temporary folder
+    fs::create_directory(folder);
+
+    Utils::LogMessage(WString(L"caf\u00e9 au lait"));
+    Utils::LogMessage(WString(L"\u00e9t\u00e9"), 5);
+    Utils::LogMessage(WString(2000, L'w'));
+
+    std::ifstream file(folder + "/log.txt");
+    std::vector<std::string> lines;
+    for (std::string line; std::getline(file, line);)
+        lines.push_back(line.size() > 26 ? line.substr(26) : line); // past the time stamp
+    ASSERT_EQ(3u, lines.size());
+    EXPECT_EQ("Message: caf", lines[0]);
+    EXPECT_EQ("Message:  ErrorCode: 5", lines[1]);
+    EXPECT_EQ("Message: " + std::string(1024, 'w'), lines[2]);
     fs::remove_all(root);
 }
