@@ -25,7 +25,6 @@ namespace {
 
 constexpr UInt16 kRecordVersion = 1;
 constexpr UInt32 kRecordMagic = 0x4B416C73; // 'KAls'
-constexpr size_t kRecordHeader = 16;
 constexpr int kMaxLinkChain = 32;
 
 struct Component {
@@ -52,14 +51,49 @@ template <typename T> void Append(std::string &record, T value)
     record.append(reinterpret_cast<const char *>(&value), sizeof value);
 }
 
-template <typename T> bool Take(const char *&cursor, const char *end, T &value)
-{
-    if (static_cast<size_t>(end - cursor) < sizeof value)
-        return false;
-    std::memcpy(&value, cursor, sizeof value);
-    cursor += sizeof value;
-    return true;
-}
+/* Reads the fields of a record that came from outside: every read is checked
+ * against the bytes really there, so no length or size the record declares
+ * can lead past its end.  This is the one place where outside bytes are
+ * measured. */
+class RecordReader {
+public:
+    RecordReader(const char *bytes, size_t size) : mBegin(bytes), mCursor(bytes), mEnd(bytes + size) {}
+
+    template <typename T> bool Take(T &value)
+    {
+        if (Left() < sizeof value)
+            return false;
+        std::memcpy(&value, mCursor, sizeof value);
+        mCursor += sizeof value;
+        return true;
+    }
+
+    bool TakeText(size_t length, std::string &text)
+    {
+        if (Left() < length)
+            return false;
+        text.assign(mCursor, length);
+        mCursor += length;
+        return true;
+    }
+
+    /* Ends the record after its first size bytes: false when that is past
+     * the bytes there or before what was already read. */
+    bool Limit(size_t size)
+    {
+        if (size > static_cast<size_t>(mEnd - mBegin) || size < static_cast<size_t>(mCursor - mBegin))
+            return false;
+        mEnd = mBegin + size;
+        return true;
+    }
+
+private:
+    size_t Left() const { return static_cast<size_t>(mEnd - mCursor); }
+
+    const char *mBegin;
+    const char *mCursor;
+    const char *mEnd;
+};
 
 // The chain of folders from "/" down to the object, each with its identity.
 OSErr DescribeTarget(const Node &node, AliasTarget &target)
@@ -112,28 +146,25 @@ bool DecodeRecord(AliasHandle alias, AliasTarget &target)
     if (!alias || !*alias)
         return false;
     const Size handleSize = GetHandleSize(reinterpret_cast<Handle>(alias));
-    const char *cursor = reinterpret_cast<const char *>(*alias);
-    if (handleSize < static_cast<Size>(kRecordHeader))
+    if (handleSize <= 0)
         return false;
+    RecordReader record(reinterpret_cast<const char *>(*alias), static_cast<size_t>(handleSize));
     OSType userType;
     UInt16 size, version, count;
     UInt32 magic;
-    const char *end = cursor + handleSize;
-    if (!Take(cursor, end, userType) || !Take(cursor, end, size) || !Take(cursor, end, version) ||
-        !Take(cursor, end, magic) || !Take(cursor, end, target.volume) || !Take(cursor, end, count))
+    if (!record.Take(userType) || !record.Take(size) || !record.Take(version) || !record.Take(magic) ||
+        !record.Take(target.volume) || !record.Take(count))
         return false;
-    if (version != kRecordVersion || magic != kRecordMagic || size > handleSize)
+    // The declared size covers at least the header, and at most the handle.
+    if (version != kRecordVersion || magic != kRecordMagic || !record.Limit(size))
         return false;
-    end = reinterpret_cast<const char *>(*alias) + size;
     target.components.clear();
     for (UInt16 k = 0; k < count; ++k) {
         Component component;
         UInt16 length;
-        if (!Take(cursor, end, component.device) || !Take(cursor, end, component.inode) ||
-            !Take(cursor, end, length) || static_cast<size_t>(end - cursor) < length)
+        if (!record.Take(component.device) || !record.Take(component.inode) || !record.Take(length) ||
+            !record.TakeText(length, component.name))
             return false;
-        component.name.assign(cursor, length);
-        cursor += length;
         if (component.name.empty() || component.name.find('/') != std::string::npos)
             return false;
         target.components.push_back(std::move(component));

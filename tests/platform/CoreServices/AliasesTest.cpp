@@ -113,6 +113,52 @@ TEST(Aliases, DamagedRecordsAreRefused)
     EXPECT_EQ(paramErr, FSResolveAlias(nullptr, nullptr, &found, nullptr));
 }
 
+// The declared size of a record read from outside is checked against the
+// handle and against the header already read: a size smaller than the header
+// (0 included) or larger than the handle is refused, never read past.
+TEST(Aliases, DeclaredSizesAreCheckedAgainstTheBytesThere)
+{
+    TemporaryFolder folder;
+    mkdir((folder / "a").c_str(), 0755);
+    WriteFile(folder / "a/x", "");
+    const FSRef x = RefAt(folder / "a/x");
+    Alias made;
+    ASSERT_EQ(noErr, FSNewAlias(nullptr, &x, &made.handle));
+    const Handle original = reinterpret_cast<Handle>(made.handle);
+    const Size full = GetHandleSize(original);
+    EXPECT_EQ(full, GetAliasSize(made.handle));
+
+    for (UInt16 declared : {UInt16(0), UInt16(4), UInt16(15), UInt16(16), UInt16(17), UInt16(full - 1),
+                            UInt16(full + 1), UInt16(0xFFFF)}) {
+        // A handle of exactly the record's bytes, so that a read past it is a
+        // read past the allocation.
+        Alias alias;
+        Handle copy = nullptr;
+        ASSERT_EQ(noErr, PtrToHand(*original, &copy, full));
+        alias.handle = reinterpret_cast<AliasHandle>(copy);
+        std::memcpy(*copy + 4, &declared, sizeof declared);
+        FSRef found;
+        Boolean changed = true;
+        EXPECT_EQ(paramErr, FSResolveAlias(nullptr, alias.handle, &found, &changed)) << declared;
+        EXPECT_EQ(paramErr, FSResolveAliasWithMountFlags(nullptr, alias.handle, &found, &changed,
+                                                         kARMTryFileIDFirst))
+            << declared;
+        EXPECT_FALSE(changed);
+        EXPECT_EQ(0, GetAliasSize(alias.handle)) << declared;
+    }
+
+    // Handles shorter than a header, down to empty, are refused as well.
+    for (Size length : {Size(0), Size(1), Size(15)}) {
+        Alias alias;
+        Handle copy = nullptr;
+        ASSERT_EQ(noErr, PtrToHand(*original, &copy, length));
+        alias.handle = reinterpret_cast<AliasHandle>(copy);
+        FSRef found;
+        EXPECT_EQ(paramErr, FSResolveAlias(nullptr, alias.handle, &found, nullptr)) << length;
+        EXPECT_EQ(0, GetAliasSize(alias.handle));
+    }
+}
+
 TEST(Aliases, AliasFilesAreSymbolicLinks)
 {
     TemporaryFolder folder;
