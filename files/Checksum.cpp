@@ -3,12 +3,16 @@
 
 #include <openssl/evp.h>
 
-#include <cstdio>
+#include <cerrno>
 #include <memory>
+#include <new>
+
+#include <fcntl.h>
+#include <unistd.h>
 
 namespace {
 
-constexpr size_t kBlockSize = 4096;
+constexpr size_t kBlockSize = 256 * 1024;
 constexpr size_t kDigestSize = 16;
 /* The digest of a text covers exactly this many bytes of it, whatever its length. */
 constexpr size_t kTextDigestLength = 12;
@@ -18,10 +22,21 @@ struct DigestContextFree {
 };
 using DigestContext = std::unique_ptr<EVP_MD_CTX, DigestContextFree>;
 
-struct FileClose {
-    void operator()(FILE *file) const { std::fclose(file); }
+class FileDescriptor {
+public:
+    explicit FileDescriptor(int fd) : mFd(fd) {}
+    ~FileDescriptor()
+    {
+        if (mFd >= 0)
+            close(mFd);
+    }
+    FileDescriptor(const FileDescriptor &) = delete;
+    FileDescriptor &operator=(const FileDescriptor &) = delete;
+    int get() const { return mFd; }
+
+private:
+    int mFd;
 };
-using File = std::unique_ptr<FILE, FileClose>;
 
 DigestContext StartMD5()
 {
@@ -48,21 +63,26 @@ bool Utils::GetFileMD5Checksum(const std::string &path, char *digest)
 {
     if (digest == nullptr)
         return false;
-    File file(std::fopen(path.c_str(), "rb"));
-    if (!file)
+    FileDescriptor file(open(path.c_str(), O_RDONLY | O_CLOEXEC));
+    if (file.get() < 0)
         return false;
     DigestContext context = StartMD5();
     if (!context)
         return false;
-    // A larger stdio buffer lets the 4096-byte reads come from fewer system calls.
-    std::setvbuf(file.get(), nullptr, _IOFBF, 1 << 20);
-    unsigned char block[kBlockSize];
+    // Large reads straight into one buffer: no stdio copy, few system calls,
+    // and the kernel told to read ahead.
+    posix_fadvise(file.get(), 0, 0, POSIX_FADV_SEQUENTIAL);
+    std::unique_ptr<unsigned char[]> block(new (std::nothrow) unsigned char[kBlockSize]);
+    if (!block)
+        return false;
     for (;;) {
-        size_t got = std::fread(block, 1, sizeof block, file.get());
-        if (got > 0 && EVP_DigestUpdate(context.get(), block, got) != 1)
-            return false;
-        if (got < sizeof block)
+        const ssize_t got = read(file.get(), block.get(), kBlockSize);
+        if (got < 0 && errno == EINTR)
+            continue;
+        if (got <= 0)
             break; // end of file, or a read error, which ends the digest the same way
+        if (EVP_DigestUpdate(context.get(), block.get(), static_cast<size_t>(got)) != 1)
+            return false;
     }
     return FinishMD5(context.get(), digest);
 }

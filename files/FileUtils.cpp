@@ -4,12 +4,21 @@
 
 #include <ApplicationServices/ApplicationServices.h>
 
+#include <cerrno>
+#include <climits>
 #include <cstring>
 #include <cwchar>
 #include <cwctype>
 #include <memory>
 #include <new>
+#include <string>
+#include <unordered_map>
+#include <vector>
+
+#include <dirent.h>
+#include <fcntl.h>
 #include <sys/stat.h>
+#include <unistd.h>
 
 namespace file_utils {
 
@@ -89,6 +98,160 @@ CStr<wchar_t> NameFromUnits(const HFSUniStr255 &name)
     for (int k = 0; k < name.length; ++k)
         buffer[k] = name.unicode[k];
     return text;
+}
+
+/* The walk through refs and the folder iterator, which holds one folder open
+ * at a time: for a tree deeper than the descriptors left to the process (the
+ * walk below holds one per level). */
+bool DeleteTreeByRefs(const FSRef &ref, bool recursive)
+{
+    FSIterator iterator;
+    if (FSOpenIterator(&ref, kFSIterateFlat, &iterator) != noErr)
+        return false;
+    // Gather first, delete after: deleting while the folder is being read
+    // could make the listing skip entries.  Whether a child is a folder comes
+    // from the node flags the listing fetches anyway: they are what the
+    // child's URL would report as its directory flag, so no URL is made per
+    // child (that would cost more than deleting it).
+    struct Child {
+        FSRef ref;
+        bool isFolder;
+    };
+    std::vector<Child> children;
+    ItemCount count;
+    FSRef childRef;
+    FSCatalogInfo info;
+    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info, &childRef, nullptr,
+                                nullptr) == noErr) {
+        children.push_back({childRef, (info.nodeFlags & kFSNodeIsDirectoryMask) != 0});
+    }
+    FSCloseIterator(iterator);
+    for (const Child &child : children) {
+        if (!child.isFolder)
+            FSDeleteObject(&child.ref); // what Delete() does for a file held by FSRef
+        else if (recursive)
+            DeleteTreeByRefs(child.ref, true);
+    }
+    // Failures above show here: a folder that is not empty stays.
+    return FSDeleteObject(&ref) == noErr;
+}
+
+// Deleting a folder's tree.  The folder is listed once and each child is
+// deleted relative to the open folder (fstatat, unlinkat), so that no path is
+// resolved from the root per child; the folder is closed before the walk
+// returns.  The listing hides a "._name" companion whose item exists, as
+// folder iteration does, and so already says which items have one: the
+// companion goes with its item, and items without one cost no unlink
+// attempt.  As a ref is re-checked before use, a child is deleted only while
+// it is still the object listed (same device and inode); symbolic links are
+// removed, never followed.
+struct ListedChild {
+    std::string name;
+    dev_t device;
+    ino_t inode;
+    bool isFolder;
+    bool hasCompanion;
+};
+
+bool IsCompanionName(const std::string &name)
+{
+    return name.size() > 2 && name[0] == '.' && name[1] == '_';
+}
+
+std::vector<ListedChild> ListChildren(DIR *listing)
+{
+    std::vector<ListedChild> children;
+    const int folderFd = dirfd(listing);
+    while (const struct dirent *entry = readdir(listing)) {
+        const char *name = entry->d_name;
+        struct stat st;
+        if ((name[0] == '.' && (name[1] == 0 || (name[1] == '.' && name[2] == 0))) ||
+            fstatat(folderFd, name, &st, AT_SYMLINK_NOFOLLOW) != 0)
+            continue;
+        children.push_back({name, st.st_dev, st.st_ino, S_ISDIR(st.st_mode), false});
+    }
+    std::unordered_map<std::string, size_t> byName;
+    byName.reserve(children.size());
+    for (size_t k = 0; k < children.size(); ++k)
+        byName.emplace(children[k].name, k);
+    std::vector<ListedChild> items;
+    items.reserve(children.size());
+    std::vector<bool> isCompanion(children.size(), false);
+    for (size_t k = 0; k < children.size(); ++k) {
+        if (!IsCompanionName(children[k].name))
+            continue;
+        const auto item = byName.find(children[k].name.substr(2));
+        if (item != byName.end()) {
+            children[item->second].hasCompanion = true;
+            isCompanion[k] = true;
+        }
+    }
+    for (size_t k = 0; k < children.size(); ++k)
+        if (!isCompanion[k])
+            items.push_back(std::move(children[k]));
+    return items;
+}
+
+// The folder at path opened again, if it is still the folder seen before.
+DIR *ReopenFolder(const std::string &path, const struct stat &seen)
+{
+    const int fd = open(path.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    struct stat st;
+    if (fd < 0)
+        return nullptr;
+    DIR *listing = nullptr;
+    if (fstat(fd, &st) == 0 && st.st_dev == seen.st_dev && st.st_ino == seen.st_ino)
+        listing = fdopendir(fd);
+    if (!listing)
+        close(fd);
+    return listing;
+}
+
+// Deletes what the open folder holds (sub-folders too when recursive), then
+// closes it.
+void DeleteChildrenAt(int folderFd, const std::string &path, bool recursive)
+{
+    DIR *listing = fdopendir(folderFd);
+    struct stat self;
+    if (!listing || fstat(folderFd, &self) != 0) {
+        listing ? closedir(listing) : close(folderFd);
+        return;
+    }
+    for (const ListedChild &child : ListChildren(listing)) {
+        struct stat st;
+        if (fstatat(folderFd, child.name.c_str(), &st, AT_SYMLINK_NOFOLLOW) != 0 || st.st_dev != child.device ||
+            st.st_ino != child.inode || S_ISDIR(st.st_mode) != child.isFolder)
+            continue; // gone or replaced since the listing
+        if (child.isFolder) {
+            if (!recursive)
+                continue;
+            const std::string childPath = path + "/" + child.name;
+            const int childFd = openat(folderFd, child.name.c_str(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+            if (childFd < 0 && (errno == EMFILE || errno == ENFILE)) {
+                // No descriptor left for another level (a very deep tree):
+                // this folder lets go of its own while the sub-tree is
+                // deleted through refs, one folder open at a time.
+                closedir(listing);
+                FSRef childRef;
+                if (FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>(childPath.c_str()),
+                                             kFSPathMakeRefDoNotFollowLeafSymlink, &childRef, nullptr) == noErr)
+                    DeleteTreeByRefs(childRef, true); // the folder and its companion go too
+                if ((listing = ReopenFolder(path, self)) == nullptr)
+                    return;
+                folderFd = dirfd(listing);
+                continue;
+            }
+            if (childFd >= 0)
+                DeleteChildrenAt(childFd, childPath, true);
+            if (unlinkat(folderFd, child.name.c_str(), AT_REMOVEDIR) != 0)
+                continue;
+        } else if (unlinkat(folderFd, child.name.c_str(), 0) != 0) {
+            continue;
+        }
+        if (child.hasCompanion)
+            unlinkat(folderFd, ("._" + child.name).c_str(), 0);
+    }
+    closedir(listing);
 }
 
 } // namespace
@@ -298,34 +461,15 @@ bool DeleteLocation(const TFileLocationInfo &location)
 bool DeleteDir(const TFileLocationInfo &folder, bool recursive)
 {
     FSRef ref;
-    FSIterator iterator;
-    if (!FolderRef(folder, ref) || FSOpenIterator(&ref, kFSIterateFlat, &iterator) != noErr)
+    if (!FolderRef(folder, ref))
         return false;
-    // Gather first, delete after: deleting while the folder is being read
-    // could make the listing skip entries.  Whether a child is a folder comes
-    // from the node flags the listing fetches anyway: they are what the
-    // child's URL would report as its directory flag, so no URL is made per
-    // child (that would cost more than deleting it).
-    struct Child {
-        TFileLocationInfo location;
-        bool isFolder;
-    };
-    std::vector<Child> children;
-    ItemCount count;
-    FSRef childRef;
-    FSCatalogInfo info;
-    while (FSGetCatalogInfoBulk(iterator, 1, &count, nullptr, kFSCatInfoNodeFlags, &info, &childRef, nullptr,
-                                nullptr) == noErr) {
-        children.push_back({TFileLocationInfo(), (info.nodeFlags & kFSNodeIsDirectoryMask) != 0});
-        children.back().location.SetFSRef(childRef);
-    }
-    FSCloseIterator(iterator);
-    for (const Child &child : children) {
-        if (!child.isFolder)
-            FSDeleteObject(&child.location.storage.ref); // what Delete() does for a file held by FSRef
-        else if (recursive)
-            DeleteDir(child.location, true);
-    }
+    std::vector<char> path(PATH_MAX);
+    if (FSRefMakePath(&ref, reinterpret_cast<UInt8 *>(path.data()), static_cast<UInt32>(path.size())) != noErr)
+        return DeleteTreeByRefs(ref, recursive);
+    const int folderFd = open(path.data(), O_RDONLY | O_DIRECTORY | O_NOFOLLOW | O_CLOEXEC);
+    if (folderFd < 0)
+        return (errno == EMFILE || errno == ENFILE) && DeleteTreeByRefs(ref, recursive);
+    DeleteChildrenAt(folderFd, path.data(), recursive);
     // Failures above show here: a folder that is not empty stays.
     return FSDeleteObject(&ref) == noErr;
 }

@@ -4,6 +4,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <filesystem>
 #include <sys/resource.h>
 
 using namespace file_utils;
@@ -32,31 +33,46 @@ TFileLocationInfo PathLocation(const std::string &path)
 }
 
 // Points the user's temporary folder at a fresh private folder for one test.
+// A valid runtime folder is set as well: temporary files never land on that
+// small tmpfs.
 class PrivateTemporaryFolder {
 public:
-    PrivateTemporaryFolder()
+    PrivateTemporaryFolder() : mTmpDir("TMPDIR", mFolder.Path()), mRuntime("XDG_RUNTIME_DIR", mRuntimeFolder.Path())
     {
-        const char *old = getenv("XDG_RUNTIME_DIR");
-        mHadOld = old != nullptr;
-        if (old)
-            mOld = old;
-        chmod(mFolder.Path().c_str(), 0700);
-        setenv("XDG_RUNTIME_DIR", mFolder.Path().c_str(), 1);
+        chmod(mRuntimeFolder.Path().c_str(), 0700);
     }
-    ~PrivateTemporaryFolder()
-    {
-        if (mHadOld)
-            setenv("XDG_RUNTIME_DIR", mOld.c_str(), 1);
-        else
-            unsetenv("XDG_RUNTIME_DIR");
-    }
-    std::string AppFolder() const { return mFolder / "Orvan/Mirtel/"; }
-    std::string Path() const { return mFolder.Path(); }
+    std::string AppFolder() const { return Path() + "/Orvan/Mirtel/"; }
+    std::string Path() const { return mFolder.Path() + "/koru-" + std::to_string(geteuid()); }
 
 private:
+    // Sets one environment variable and puts back what was there.
+    class Setting {
+    public:
+        Setting(const char *name, const std::string &value) : mName(name)
+        {
+            const char *old = getenv(name);
+            mHadOld = old != nullptr;
+            if (old)
+                mOld = old;
+            setenv(name, value.c_str(), 1);
+        }
+        ~Setting()
+        {
+            if (mHadOld)
+                setenv(mName, mOld.c_str(), 1);
+            else
+                unsetenv(mName);
+        }
+
+    private:
+        const char *mName;
+        std::string mOld;
+        bool mHadOld = false;
+    };
     TemporaryFolder mFolder;
-    std::string mOld;
-    bool mHadOld = false;
+    TemporaryFolder mRuntimeFolder;
+    Setting mTmpDir;
+    Setting mRuntime;
 };
 
 #ifndef __SANITIZE_ADDRESS__
@@ -287,19 +303,53 @@ TEST(FileUtils, DeleteDirRemovesTheTreeButNothingOutsideIt)
     WriteFile(folder / "tree/._a", "companion");
     WriteFile(folder / "tree/sub/b", "");
     WriteFile(folder / "tree/sub/deeper/c", "");
+    WriteFile(folder / "tree/._sub", "a folder's companion");
+    WriteFile(folder / "tree/sub/._orphan", "a companion without its item");
+    WriteFile(folder / "tree/sub/._link", "the link's companion");
     symlink(outside.Path().c_str(), (folder / "tree/sub/link").c_str());
+    symlink((outside / "precious").c_str(), (folder / "tree/sub/deeper/file-link").c_str());
 
     // Without recursion the files go, the folders stay, and so does the tree.
     EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), false));
     EXPECT_FALSE(Exists(folder / "tree/a"));
     EXPECT_FALSE(Exists(folder / "tree/._a"));
     EXPECT_TRUE(Exists(folder / "tree/sub/b"));
+    EXPECT_TRUE(Exists(folder / "tree/._sub")); // stays with its folder
 
     EXPECT_TRUE(DeleteDir(PathLocation(folder / "tree/"), true));
     EXPECT_FALSE(Exists(folder / "tree"));
-    EXPECT_EQ("keep me", ReadFile(outside / "precious"));
+    EXPECT_EQ("keep me", ReadFile(outside / "precious")); // links are removed, never followed
+    EXPECT_TRUE(Exists(outside.Path()));
     EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), true));
     EXPECT_FALSE(DeleteDir(TFileLocationInfo(), true));
+}
+
+// The walk holds one descriptor per level; a tree deeper than the
+// descriptors left is still deleted whole.
+TEST(FileUtils, DeleteDirOfATreeDeeperThanTheDescriptorsLeft)
+{
+    TemporaryFolder folder;
+    std::string path = folder / "deep";
+    for (int level = 0; level < 40; ++level) {
+        mkdir(path.c_str(), 0755);
+        WriteFile(path + "/file", "");
+        WriteFile(path + "/._file", "companion");
+        path += "/d";
+    }
+    int open = 0;
+    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
+        (void)entry;
+        ++open;
+    }
+    struct rlimit old;
+    ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &old));
+    struct rlimit tight = old;
+    tight.rlim_cur = static_cast<rlim_t>(open + 8);
+    ASSERT_EQ(0, setrlimit(RLIMIT_NOFILE, &tight));
+    const bool deleted = DeleteDir(PathLocation(folder / "deep/"), true);
+    setrlimit(RLIMIT_NOFILE, &old);
+    EXPECT_TRUE(deleted);
+    EXPECT_FALSE(Exists(folder / "deep"));
 }
 
 TEST(FileUtils, EnumFilesInFolderMatchesExtensionsIgnoringCase)
