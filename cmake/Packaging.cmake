@@ -23,8 +23,11 @@ install(FILES ${PROJECT_BINARY_DIR}/KORUConfig.cmake
 # compiling with -Wextra sees its own warnings only.
 set(KORU_PC_OBJC_CFLAGS "")
 foreach(flag IN LISTS GNUSTEP_OBJC_FLAGS)
-  if(DEFINED ENV{HOME} AND NOT "$ENV{HOME}" STREQUAL "/" AND flag MATCHES "^-isystem$ENV{HOME}/")
-    continue()
+  if(DEFINED ENV{HOME} AND NOT "$ENV{HOME}" STREQUAL "/")
+    string(FIND "${flag}" "-isystem$ENV{HOME}/" at)
+    if(at EQUAL 0)
+      continue()
+    endif()
   endif()
   list(APPEND KORU_PC_OBJC_CFLAGS "${flag}")
 endforeach()
