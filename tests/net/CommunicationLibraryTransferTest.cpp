@@ -7,6 +7,11 @@
 
 #include <filesystem>
 
+#include <spawn.h>
+#include <sys/wait.h>
+
+extern char **environ;
+
 namespace fs = std::filesystem;
 
 namespace {
@@ -21,6 +26,21 @@ std::string FailureLines(int exitCode)
 {
     return "Message: curlerrcode original: ErrorCode: " + std::to_string(exitCode << 8) + "\n" +
            "Message: curlerrcode: ErrorCode: " + std::to_string(exitCode) + "\n";
+}
+
+// The curl tool run with the switches of the logged command line, no shell.
+int RunCurlTool(const std::string &url, const std::string &request, const std::string &reply)
+{
+    std::string data = "@" + request;
+    const char *argv[] = {"/usr/bin/curl", "--url", url.c_str(), "--connect-timeout", "60", "-m", "120", "-f", "-s",
+                          "--data-binary", data.c_str(), "-o", reply.c_str(), "-H", "Content-Type: text/xml",
+                          "-H", "User-Agent: Tarnix", nullptr};
+    pid_t child;
+    if (posix_spawn(&child, argv[0], nullptr, nullptr, const_cast<char *const *>(argv), environ) != 0)
+        return -1;
+    int status = 0;
+    waitpid(child, &status, 0);
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
 }
 
 LoopbackServer::Handler Answering(int status, const std::string &reason, const std::string &body)
@@ -86,6 +106,21 @@ TEST_F(Transfer, PostsTheRequestFileAsItIsAndReadsTheAnswerBack)
     EXPECT_EQ(answer, NetTestFolder::ReadFile(replyFile));
     EXPECT_EQ(std::string(2000, 'a') + std::string(100, 'c'), reply);
     EXPECT_EQ("Message: curl command line: \n" + CommandLine(url, request, replyFile) + "\n", Log());
+}
+
+TEST_F(Transfer, TheWireCarriesWhatTheCurlToolSendsWithTheSameCommandLine)
+{
+    NetTestFolder::WriteFile(request, std::string(3000, 'r') + "\r\n\0end");
+    LoopbackServer server(Answering(200, "OK", "<same/>"));
+    std::string url = server.Url("/compare?x=1");
+    ASSERT_EQ(0, RunCurlTool(url, request, replyFile));
+    EXPECT_EQ(0, Download(url));
+    std::vector<HttpRequest> received = server.Requests();
+    ASSERT_EQ(2u, received.size());
+    EXPECT_EQ(received[0].method, received[1].method);
+    EXPECT_EQ(received[0].target, received[1].target);
+    EXPECT_EQ(received[0].headers, received[1].headers);
+    EXPECT_EQ(received[0].body, received[1].body);
 }
 
 TEST_F(Transfer, AnEmptyAnswerLeavesAnEmptyFileAndAnEmptyReply)
