@@ -68,7 +68,7 @@ protected:
     void SetUp() override
     {
         for (const char *name : {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY",
-                                 "no_proxy", "NO_PROXY", "XDG_CURRENT_DESKTOP", "XDG_CONFIG_HOME"})
+                                 "no_proxy", "NO_PROXY", "XDG_CURRENT_DESKTOP", "XDG_CONFIG_HOME", "GSETTINGS_BACKEND"})
             unsetenv(name);
         char pattern[] = "/tmp/ProxySettingsTest.XXXXXX";
         ASSERT_NE(nullptr, mkdtemp(pattern));
@@ -179,5 +179,4 @@ TEST_F(ProxySettings, GNOMEsManualSettingsComeThroughGSettings)
     p = CopyProxies();
     EXPECT_EQ("", p.httpEnable);
     EXPECT_EQ("", p.httpsEnable);
-    unsetenv("GSETTINGS_BACKEND");
 }
