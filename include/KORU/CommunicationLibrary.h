@@ -5,9 +5,9 @@
  * encoders for URLs and form bodies, and an HTTP(S) POST of a request file
  * whose answer lands in a reply file.  Nothing is cached: the system's
  * settings are read afresh on every call, and every call may run on any
- * thread.  The object owns a recursive lock for callers that want to
- * serialise their own use of it; no operation here takes it.  Failures are
- * told only through the results and the Utils message log. */
+ * thread.  The object holds a recursive lock of its own, made and destroyed
+ * with it; no operation here takes it.  Failures are told only through the
+ * results and the Utils message log. */
 #ifndef KORU_COMMUNICATIONLIBRARY_H
 #define KORU_COMMUNICATIONLIBRARY_H
 
