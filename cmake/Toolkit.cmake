@@ -50,3 +50,10 @@ install(CODE "
   file(MAKE_DIRECTORY \"\${bundle}\")
   file(CREATE_LINK ../libKORU.so.${PROJECT_VERSION_MAJOR} \"\${bundle}/KORU\" SYMBOLIC)
 ")
+
+# The web site CommunicationLibrary::IsConnectionUp probes: plain HTTP, a
+# public server that is always there.
+set(KORU_CONNECTION_PROBE_URL "http://www.apple.com/" CACHE STRING
+    "Plain-HTTP URL whose host CommunicationLibrary::IsConnectionUp checks for reachability")
+set_property(SOURCE ${PROJECT_SOURCE_DIR}/net/ConnectionProbe.cpp APPEND PROPERTY
+  COMPILE_DEFINITIONS "KORU_CONNECTION_PROBE_URL=\"${KORU_CONNECTION_PROBE_URL}\"")

@@ -25,6 +25,7 @@
 #include <KORU/Utils.h>
 #include <KORU/FileLocation.h>
 #include <KORU/FileUtils.h>
+#include <KORU/CommunicationLibrary.h>
 #endif
 
 #endif

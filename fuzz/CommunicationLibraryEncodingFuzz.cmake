@@ -1,0 +1,1 @@
+set(KORU_FUZZ_SOURCES net/CommunicationLibraryEncoding.cpp)
