@@ -20,7 +20,7 @@
 #include <unistd.h>
 
 @protocol KORUAEReceiving
-- (int)handleEvent:(bycopy NSData *)event reply:(out bycopy NSData **)reply;
+- (bycopy NSData *)handleEvent:(bycopy NSData *)event;
 - (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode;
 @end
 
@@ -29,15 +29,20 @@
 
 @implementation KORUAEReceiver
 
-- (int)handleEvent:(bycopy NSData *)event reply:(out bycopy NSData **)reply
+/* The answer is the handler's status (four bytes, big-endian) followed by
+ * the flattened reply. */
+- (bycopy NSData *)handleEvent:(bycopy NSData *)event
 {
     void *flat = NULL;
     size_t size = 0;
-    *reply = nil;
     OSErr err = KORUAEReceiveFlattened([event bytes], [event length], kAEWaitReply, &flat, &size);
+    NSMutableData *answer = [NSMutableData dataWithCapacity:4 + size];
+    UInt32 status = NSSwapHostIntToBig((UInt32)(SInt32)err);
+    [answer appendBytes:&status length:4];
     if (flat != NULL)
-        *reply = [NSData dataWithBytesNoCopy:flat length:size freeWhenDone:YES];
-    return err;
+        [answer appendBytes:flat length:size];
+    free(flat);
+    return answer;
 }
 
 - (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode
@@ -131,15 +136,22 @@ OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 repl
             [proxy setProtocolForProxy:@protocol(KORUAEReceiving)];
             NSData *data = [NSData dataWithBytes:event length:size];
             if (replyMode == kAEWaitReply) {
-                NSData *answer = nil;
-                err = (OSErr)[proxy handleEvent:data reply:&answer];
-                if (answer != nil && reply != NULL && replySize != NULL) {
-                    *reply = malloc([answer length] > 0 ? [answer length] : 1);
-                    if (*reply == NULL) {
-                        err = memFullErr;
-                    } else {
-                        memcpy(*reply, [answer bytes], [answer length]);
-                        *replySize = [answer length];
+                NSData *answer = [proxy handleEvent:data];
+                UInt32 status = 0;
+                if (answer == nil || [answer length] < 4) {
+                    err = connectionInvalid;
+                } else {
+                    memcpy(&status, [answer bytes], 4);
+                    err = (OSErr)(SInt32)NSSwapBigIntToHost(status);
+                    const size_t length = [answer length] - 4;
+                    if (length > 0 && reply != NULL && replySize != NULL) {
+                        *reply = malloc(length);
+                        if (*reply == NULL) {
+                            err = memFullErr;
+                        } else {
+                            memcpy(*reply, (const char *)[answer bytes] + 4, length);
+                            *replySize = length;
+                        }
                     }
                 }
             } else {
