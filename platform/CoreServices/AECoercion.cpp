@@ -427,19 +427,30 @@ bool Coerce(DescType from, const Bytes &bytes, DescType to, Bytes *out)
         Number number;
         return NumberFromDesc(from, bytes, &number) && NumberToDesc(number, to, out);
     }
-    if ((IsCodeType(from) || (IsTextType(from))) && IsCodeType(to)) {
+    if ((IsCodeType(from) || IsTextType(from)) && IsCodeType(to)) {
         if (IsCodeType(from)) {
             *out = bytes;
             return bytes.size() == 4;
         }
-        Bytes code;
-        if (!ConvertText(from, bytes, typeChar, &code) || code.size() != 4)
+        // A code is a number whose bytes, high first, are its four characters.
+        Bytes characters;
+        if (!ConvertText(from, bytes, typeChar, &characters) || characters.size() != 4)
             return false;
-        *out = code;
+        OSType code = 0;
+        for (unsigned char c : characters)
+            code = (code << 8) | c;
+        *out = Write(code);
         return true;
     }
-    if (IsCodeType(from) && IsTextType(to))
-        return bytes.size() == 4 && ConvertText(typeChar, bytes, to, out);
+    if (IsCodeType(from) && IsTextType(to)) {
+        OSType code = 0;
+        if (!Read(bytes, &code))
+            return false;
+        Bytes characters;
+        for (int shift = 24; shift >= 0; shift -= 8)
+            characters.push_back(static_cast<unsigned char>(code >> shift));
+        return ConvertText(typeChar, characters, to, out);
+    }
     if ((IsFileType(from) || IsTextType(from)) && (IsFileType(to) || IsTextType(to))) {
         FSRef ref;
         return RefFromDesc(from, bytes, &ref) && RefToDesc(ref, to, out);

@@ -4,6 +4,12 @@
 #include <gtest/gtest.h>
 
 #include <cstring>
+#include <string>
+
+#include <ApplicationServices/Processes.h>
+#include <CoreServices/AppleEvents.h>
+#include <CoreServices/Files.h>
+#include <unistd.h>
 
 TEST(AEDataModelTest, DescriptorKeepsItsOwnCopyOfTheData)
 {
@@ -56,4 +62,250 @@ TEST(AEDataModelTest, EmptyAndBadArguments)
     EXPECT_EQ(0, AEGetDescDataSize(nullptr));
     EXPECT_EQ(paramErr, AEDisposeDesc(nullptr));
     EXPECT_EQ(paramErr, AEDuplicateDesc(nullptr, &desc));
+}
+
+namespace {
+
+std::string DataOf(const AEDesc &desc)
+{
+    std::string bytes(static_cast<size_t>(AEGetDescDataSize(&desc)), '\0');
+    if (!bytes.empty())
+        AEGetDescData(&desc, &bytes[0], static_cast<Size>(bytes.size()));
+    return bytes;
+}
+
+// Coerces the bytes and answers the result's bytes ("<fail>" when refused).
+std::string Coerced(DescType from, const void *data, Size size, DescType to)
+{
+    AEDesc result;
+    if (AECoercePtr(from, data, size, to, &result) != noErr) {
+        EXPECT_EQ(static_cast<DescType>(typeNull), result.descriptorType);
+        return "<fail>";
+    }
+    EXPECT_EQ(to == typeWildCard ? from : to, result.descriptorType);
+    std::string bytes = DataOf(result);
+    AEDisposeDesc(&result);
+    return bytes;
+}
+
+template <typename T>
+std::string Raw(T value)
+{
+    return std::string(reinterpret_cast<const char *>(&value), sizeof value);
+}
+
+} // namespace
+
+TEST(AEDataModelTest, ListsAndRecordsHoldCopiesByIndexAndKeyword)
+{
+    AEDescList list;
+    ASSERT_EQ(noErr, AECreateList(nullptr, 0, false, &list));
+    EXPECT_EQ(static_cast<DescType>(typeAEList), list.descriptorType);
+    EXPECT_FALSE(AECheckIsRecord(&list));
+    EXPECT_EQ(noErr, AEPutPtr(&list, 0, typeChar, "one", 3));
+    EXPECT_EQ(noErr, AEPutPtr(&list, 2, typeChar, "two", 3)); // count + 1 appends
+    SInt32 three = 3;
+    EXPECT_EQ(noErr, AEPutPtr(&list, 0, typeSInt32, &three, sizeof three));
+    EXPECT_EQ(noErr, AEPutPtr(&list, 1, typeChar, "uno", 3)); // replaces
+    EXPECT_EQ(errAEIllegalIndex, AEPutPtr(&list, 9, typeChar, "x", 1));
+    long count = 0;
+    EXPECT_EQ(noErr, AECountItems(&list, &count));
+    EXPECT_EQ(3, count);
+
+    char text[8] = {0};
+    Size actual = 0;
+    DescType type = 0;
+    AEKeyword key = 0;
+    EXPECT_EQ(noErr, AEGetNthPtr(&list, 3, typeChar, &key, &type, text, 1, &actual));
+    EXPECT_EQ(static_cast<DescType>(typeChar), type); // the number, coerced to text
+    EXPECT_EQ(1, actual);
+    EXPECT_EQ('3', text[0]);
+    EXPECT_EQ(static_cast<AEKeyword>(typeWildCard), key);
+    EXPECT_EQ(noErr, AEGetNthPtr(&list, 1, typeWildCard, nullptr, &type, text, 2, &actual));
+    EXPECT_EQ(3, actual); // the full size, even though only two bytes were copied
+    EXPECT_EQ(0, std::memcmp(text, "un", 2));
+    EXPECT_EQ(errAEIllegalIndex, AEGetNthPtr(&list, 0, typeChar, nullptr, nullptr, text, 8, nullptr));
+    EXPECT_EQ(errAEIllegalIndex, AEGetNthPtr(&list, 4, typeChar, nullptr, nullptr, text, 8, nullptr));
+    EXPECT_EQ(errAECoercionFail, AEGetNthPtr(&list, 1, typeSInt32, nullptr, nullptr, text, 8, nullptr));
+
+    // Items are copies: changing the list later does not touch what was taken.
+    AEDesc item;
+    EXPECT_EQ(noErr, AEGetNthDesc(&list, 2, typeWildCard, nullptr, &item));
+    EXPECT_EQ(noErr, AEDeleteItem(&list, 2));
+    EXPECT_EQ("two", DataOf(item));
+    AEDisposeDesc(&item);
+    AECountItems(&list, &count);
+    EXPECT_EQ(2, count);
+
+    AERecord record;
+    ASSERT_EQ(noErr, AECreateList(nullptr, 0, true, &record));
+    EXPECT_TRUE(AECheckIsRecord(&record));
+    EXPECT_EQ(noErr, AEPutKeyPtr(&record, 0x6E616D65, typeChar, "Ann", 3));
+    EXPECT_EQ(noErr, AEPutKeyDesc(&record, 0x6C697374, &list)); // nested list
+    EXPECT_EQ(noErr, AEPutKeyPtr(&record, 0x6E616D65, typeChar, "Bob", 3)); // same keyword replaces
+    AECountItems(&record, &count);
+    EXPECT_EQ(2, count);
+    AEDesc nested;
+    EXPECT_EQ(noErr, AEGetKeyDesc(&record, 0x6C697374, typeWildCard, &nested));
+    AECountItems(&nested, &count);
+    EXPECT_EQ(2, count);
+    AEDisposeDesc(&nested);
+    EXPECT_EQ(noErr, AEGetKeyPtr(&record, 0x6E616D65, typeUTF8Text, &type, text, sizeof text, &actual));
+    EXPECT_EQ("Bob", std::string(text, actual));
+    EXPECT_EQ(errAEDescNotFound, AEGetKeyDesc(&record, 0x6E6F6E65, typeWildCard, &nested));
+    EXPECT_EQ(noErr, AEDeleteKeyDesc(&record, 0x6E616D65));
+    EXPECT_EQ(errAEDescNotFound, AEDeleteKeyDesc(&record, 0x6E616D65));
+    EXPECT_EQ(errAEWrongDataType, AEPutKeyPtr(&list, 0x6E616D65, typeChar, "x", 1)); // a list has no keys
+
+    // Plain descriptors are neither.
+    AEDesc plain;
+    AECreateDesc(typeChar, "p", 1, &plain);
+    EXPECT_EQ(errAEWrongDataType, AECountItems(&plain, &count));
+    EXPECT_EQ(errAEWrongDataType, AEPutPtr(&plain, 0, typeChar, "x", 1));
+    EXPECT_EQ(paramErr, AECountItems(nullptr, &count));
+    EXPECT_EQ(paramErr, AEGetNthDesc(&list, 1, typeWildCard, nullptr, nullptr));
+    for (AEDesc *desc : {&list, &record, &plain})
+        AEDisposeDesc(desc);
+}
+
+TEST(AEDataModelTest, EventsKeepParametersAndAttributesApart)
+{
+    const ProcessSerialNumber psn = {0, kCurrentProcess};
+    AEAddressDesc target;
+    AECreateDesc(typeProcessSerialNumber, &psn, sizeof psn, &target);
+    AppleEvent event;
+    ASSERT_EQ(noErr, AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID,
+                                        kAnyTransactionID, &event));
+    EXPECT_FALSE(AECheckIsRecord(&target));
+    OSType code = 0;
+    EXPECT_EQ(noErr, AEGetAttributePtr(&event, keyEventIDAttr, typeType, nullptr, &code, sizeof code, nullptr));
+    EXPECT_EQ(static_cast<OSType>(kAEOpenDocuments), code);
+    AEReturnID first = 0, second = 0;
+    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, nullptr, &first, sizeof first, nullptr);
+    AppleEvent other;
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, &target, kAutoGenerateReturnID, kAnyTransactionID, &other);
+    AEGetAttributePtr(&other, keyReturnIDAttr, typeSInt16, nullptr, &second, sizeof second, nullptr);
+    EXPECT_GT(first, 0);
+    EXPECT_NE(first, second);
+    AEDisposeDesc(&other);
+
+    EXPECT_EQ(noErr, AEPutParamPtr(&event, keyDirectObject, typeChar, "doc", 3));
+    long count = 0;
+    AECountItems(&event, &count);
+    EXPECT_EQ(1, count); // attributes are not parameters
+    EXPECT_EQ(errAEDescNotFound, AEGetParamPtr(&event, keyEventIDAttr, typeType, nullptr, &code, 4, nullptr));
+    AEDesc address;
+    EXPECT_EQ(noErr, AEGetAttributeDesc(&event, keyAddressAttr, typeKernelProcessID, &address));
+    pid_t pid = 0;
+    AEGetDescData(&address, &pid, sizeof pid);
+    EXPECT_EQ(getpid(), pid);
+    AEDisposeDesc(&address);
+    Size size = 0;
+    EXPECT_EQ(noErr, AESizeOfParam(&event, keyDirectObject, nullptr, &size));
+    EXPECT_EQ(3, size);
+    EXPECT_EQ(noErr, AEDeleteParam(&event, keyDirectObject));
+    EXPECT_EQ(errAEDescNotFound, AESizeOfParam(&event, keyDirectObject, nullptr, &size));
+    EXPECT_EQ(errAENotAppleEvent, AEPutParamPtr(&target, keyDirectObject, typeChar, "x", 1));
+
+    // Flattened and read back, the event is the same, and corrupt bytes are refused.
+    AEPutParamPtr(&event, keyDirectObject, typeChar, "again", 5);
+    const Size flatSize = AESizeOfFlattenedDesc(&event);
+    std::string flat(static_cast<size_t>(flatSize), '\0');
+    EXPECT_EQ(errAEBufferTooSmall, AEFlattenDesc(&event, &flat[0], flatSize - 1, &size));
+    ASSERT_EQ(noErr, AEFlattenDesc(&event, &flat[0], flatSize, &size));
+    AppleEvent copy;
+    ASSERT_EQ(noErr, AEUnflattenDesc(flat.data(), &copy));
+    char text[8] = {0};
+    EXPECT_EQ(noErr, AEGetParamPtr(&copy, keyDirectObject, typeChar, nullptr, text, sizeof text, &size));
+    EXPECT_EQ("again", std::string(text, size));
+    EXPECT_EQ(noErr, AEGetAttributePtr(&copy, keyEventClassAttr, typeType, nullptr, &code, sizeof code, nullptr));
+    EXPECT_EQ(static_cast<OSType>(kCoreEventClass), code);
+    AEDisposeDesc(&copy);
+    for (size_t cut = 0; cut < flat.size(); cut += 3) {
+        std::string broken = flat;
+        broken[cut] = static_cast<char>(broken[cut] ^ 0x5A);
+        if (AEUnflattenDesc(broken.data(), &copy) == noErr)
+            AEDisposeDesc(&copy); // a changed byte of data still reads; a changed length never overruns
+    }
+    const char truncated[] = {0, 0, 0, 9, 'T', 'E', 'X', 'T', 0};
+    EXPECT_EQ(errAECorruptData, AEUnflattenDesc(truncated, &copy));
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&target);
+}
+
+TEST(AEDataModelTest, CoercionBetweenTheBasicTypes)
+{
+    const SInt32 fortyTwo = 42;
+    const double half = 2.5;
+    const Boolean yes = true;
+    EXPECT_EQ("42", Coerced(typeSInt32, &fortyTwo, 4, typeChar));
+    EXPECT_EQ(Raw<SInt16>(42), Coerced(typeSInt32, &fortyTwo, 4, typeSInt16));
+    EXPECT_EQ(Raw<double>(42.0), Coerced(typeSInt32, &fortyTwo, 4, typeIEEE64BitFloatingPoint));
+    EXPECT_EQ(Raw<SInt32>(-17), Coerced(typeChar, " -17", 4, typeSInt32));
+    EXPECT_EQ(Raw<double>(2.5), Coerced(typeChar, "2.5", 3, typeIEEE64BitFloatingPoint));
+    EXPECT_EQ("2.5", Coerced(typeIEEE64BitFloatingPoint, &half, sizeof half, typeChar));
+    EXPECT_EQ("<fail>", Coerced(typeIEEE64BitFloatingPoint, &half, sizeof half, typeSInt32)); // not whole
+    EXPECT_EQ("<fail>", Coerced(typeChar, "12abc", 5, typeSInt32));
+    const SInt32 big = 70000;
+    EXPECT_EQ("<fail>", Coerced(typeSInt32, &big, 4, typeSInt16)); // does not fit
+    const SInt32 negative = -1;
+    EXPECT_EQ("<fail>", Coerced(typeSInt32, &negative, 4, typeUInt32));
+
+    EXPECT_EQ("true", Coerced(typeBoolean, &yes, 1, typeChar));
+    EXPECT_EQ(Raw<Boolean>(true), Coerced(typeTrue, nullptr, 0, typeBoolean));
+    EXPECT_EQ(Raw<Boolean>(false), Coerced(typeChar, "FALSE", 5, typeBoolean));
+    EXPECT_EQ(Raw<SInt32>(1), Coerced(typeBoolean, &yes, 1, typeSInt32));
+    EXPECT_EQ("<fail>", Coerced(typeSInt32, &fortyTwo, 4, typeBoolean));
+
+    // Text: the system encoding ('TEXT', UTF-8 here), UTF-8 and UTF-16.
+    const std::string utf8 = "caf\xC3\xA9";
+    const UniChar utf16[] = {'c', 'a', 'f', 0xE9};
+    EXPECT_EQ(std::string(reinterpret_cast<const char *>(utf16), sizeof utf16),
+              Coerced(typeUTF8Text, utf8.data(), static_cast<Size>(utf8.size()), typeUnicodeText));
+    EXPECT_EQ(utf8, Coerced(typeUnicodeText, utf16, sizeof utf16, typeChar));
+    EXPECT_EQ("<fail>", Coerced(typeUnicodeText, "abc", 3, typeChar)); // half a character
+
+    // Four-character codes, processes.
+    const OSType code = 0x54455854; // 'TEXT'
+    EXPECT_EQ("TEXT", Coerced(typeType, &code, 4, typeChar));
+    EXPECT_EQ(Raw<OSType>(0x6F617070), Coerced(typeChar, "oapp", 4, typeType));
+    EXPECT_EQ("<fail>", Coerced(typeChar, "toolong", 7, typeEnumerated));
+    const ProcessSerialNumber current = {0, kCurrentProcess};
+    EXPECT_EQ(Raw<pid_t>(getpid()), Coerced(typeProcessSerialNumber, &current, sizeof current, typeKernelProcessID));
+    const pid_t pid = 1234;
+    const ProcessSerialNumber numbered = {0, 1234};
+    EXPECT_EQ(Raw(numbered), Coerced(typeKernelProcessID, &pid, sizeof pid, typeProcessSerialNumber));
+
+    // Files: a path, an FSRef, an alias and a file URL all name the same file.
+    char folder[] = "/tmp/koru-aecoerce-XXXXXX";
+    ASSERT_NE(nullptr, mkdtemp(folder));
+    const std::string path = std::string(folder) + "/file name.txt";
+    FILE *file = fopen(path.c_str(), "w");
+    ASSERT_NE(nullptr, file);
+    fclose(file);
+    const std::string ref = Coerced(typeChar, path.data(), static_cast<Size>(path.size()), typeFSRef);
+    ASSERT_EQ(sizeof(FSRef), ref.size());
+    const std::string alias = Coerced(typeFSRef, ref.data(), static_cast<Size>(ref.size()), typeAlias);
+    ASSERT_NE("<fail>", alias);
+    const std::string url = Coerced(typeAlias, alias.data(), static_cast<Size>(alias.size()), typeFileURL);
+    EXPECT_EQ("file://" + std::string(folder) + "/file%20name.txt", url);
+    EXPECT_EQ(path, Coerced(typeFileURL, url.data(), static_cast<Size>(url.size()), typeChar));
+    EXPECT_EQ("<fail>", Coerced(typeChar, "/no/such/file", 13, typeFSRef));
+    EXPECT_EQ("<fail>", Coerced(typeAlias, "junk", 4, typeFSRef));
+    unlink(path.c_str());
+    rmdir(folder);
+
+    // Anything to itself and to '****'; an item to a list of one; nothing else.
+    EXPECT_EQ("42", Coerced(typeChar, "42", 2, typeWildCard));
+    AEDesc list;
+    EXPECT_EQ(noErr, AECoercePtr(typeChar, "x", 1, typeAEList, &list));
+    long count = 0;
+    AECountItems(&list, &count);
+    EXPECT_EQ(1, count);
+    AEDesc back;
+    EXPECT_EQ(errAECoercionFail, AECoerceDesc(&list, typeChar, &back));
+    AEDisposeDesc(&list);
+    EXPECT_EQ("<fail>", Coerced(typeData, "abc", 3, typeSInt32));
+    EXPECT_EQ(paramErr, AECoerceDesc(nullptr, typeChar, &back));
+    EXPECT_EQ(paramErr, AECoercePtr(typeChar, nullptr, 4, typeChar, &back));
 }
