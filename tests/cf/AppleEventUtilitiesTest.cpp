@@ -5,12 +5,19 @@
 
 #include <gtest/gtest.h>
 
+#include <chrono>
+#include <csignal>
 #include <cstdlib>
 #include <cstring>
 #include <fstream>
+#include <sstream>
 #include <string>
+#include <thread>
+#include <spawn.h>
 #include <sys/wait.h>
 #include <unistd.h>
+
+extern char **environ;
 
 namespace {
 
@@ -82,6 +89,61 @@ std::string CompileWithLuac(const TempFolder &folder, const std::string &name, c
 }
 
 const ProcessSerialNumber kSelf = {0, kCurrentProcess};
+
+// A child of the test, stopped by pid when the owner goes (also on failure).
+class Child {
+public:
+    Child(const char *path, std::initializer_list<std::string> args, int stdoutFD = -1)
+    {
+        std::vector<std::string> copies(args);
+        std::vector<char *> argv{const_cast<char *>(path)};
+        for (std::string &arg : copies)
+            argv.push_back(&arg[0]);
+        argv.push_back(nullptr);
+        posix_spawn_file_actions_t actions;
+        posix_spawn_file_actions_init(&actions);
+        if (stdoutFD >= 0)
+            posix_spawn_file_actions_adddup2(&actions, stdoutFD, STDOUT_FILENO);
+        if (posix_spawn(&pid_, path, &actions, nullptr, argv.data(), environ) != 0)
+            pid_ = 0;
+        posix_spawn_file_actions_destroy(&actions);
+    }
+    ~Child() { Stop(); }
+    Child(const Child &) = delete;
+    Child &operator=(const Child &) = delete;
+    pid_t pid() const { return pid_; }
+    void Stop()
+    {
+        if (pid_ > 0) {
+            kill(pid_, SIGTERM);
+            waitpid(pid_, nullptr, 0);
+            pid_ = 0;
+        }
+    }
+
+private:
+    pid_t pid_ = 0;
+};
+
+std::string ReadAll(const std::string &path)
+{
+    std::ifstream file(path);
+    std::stringstream text;
+    text << file.rdbuf();
+    return text.str();
+}
+
+// Polls the record file for the line, for at most 30 s, so that a broken
+// child fails the test instead of hanging it.
+bool WaitForLine(const std::string &record, const std::string &line)
+{
+    for (int i = 0; i < 600; ++i) {
+        if (("\n" + ReadAll(record)).find("\n" + line + "\n") != std::string::npos)
+            return true;
+        std::this_thread::sleep_for(std::chrono::milliseconds(50));
+    }
+    return false;
+}
 
 } // namespace
 
@@ -301,4 +363,63 @@ TEST(AppleEventUtilitiesTest, CompiledScriptFilesRunTheirHandlers)
     EXPECT_FALSE(CFURLExecuteRun(nullptr, &result));
     EXPECT_FALSE(FSExecuteRun(nullptr, &result));
     EXPECT_EQ(kOSANullScript, OSALoadFileFromRef(nullptr, &ref));
+}
+
+TEST(AppleEventUtilitiesTest, EventsReachASecondProcess)
+{
+    TempFolder folder;
+    const std::string record = folder.path() + "/record";
+    Child peer(KORU_AE_PEER, {record});
+    ASSERT_GT(peer.pid(), 0);
+    ASSERT_TRUE(WaitForLine(record, "ready"));
+    const ProcessSerialNumber psn = {0, static_cast<UInt32>(peer.pid())};
+
+    // Without a reply descriptor nothing comes back; the handler runs there.
+    EXPECT_TRUE(AppleEventSendData(typeProcessSerialNumber, &psn, sizeof psn, kTestClass, kTestEcho, nullptr,
+                                   typeChar, "first", 5));
+    EXPECT_TRUE(WaitForLine(record, "echo first"));
+    // With one the reply is queued: the send answers at once with a null reply.
+    AppleEvent reply;
+    EXPECT_TRUE(AppleEventSendData(typeProcessSerialNumber, &psn, sizeof psn, kTestClass, kTestEcho, &reply,
+                                   typeChar, "second", 6));
+    EXPECT_EQ(static_cast<DescType>(typeNull), reply.descriptorType);
+    AEDisposeDesc(&reply);
+    EXPECT_TRUE(WaitForLine(record, "echo second"));
+
+    EXPECT_TRUE(AppleEventSend(typeProcessSerialNumber, &psn, sizeof psn, kTestClass, 0x73746F70, nullptr)); // 'stop'
+    int status = -1;
+    EXPECT_EQ(peer.pid(), waitpid(peer.pid(), &status, 0));
+    EXPECT_TRUE(WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    // A process that is gone: the send fails.
+    EXPECT_FALSE(AppleEventSendData(typeProcessSerialNumber, &psn, sizeof psn, kTestClass, kTestEcho, nullptr,
+                                    typeChar, "late", 4));
+}
+
+TEST(AppleEventUtilitiesTest, SystemProcessEventsReachOnlyTheStandInLoginManager)
+{
+    TempFolder folder;
+    const std::string record = folder.path() + "/record";
+    int output[2];
+    ASSERT_EQ(0, pipe(output));
+    Child bus("/usr/bin/dbus-daemon", {"--session", "--nofork", "--print-address"}, output[1]);
+    close(output[1]);
+    std::string address;
+    char c = 0;
+    while (read(output[0], &c, 1) == 1 && c != '\n')
+        address += c;
+    close(output[0]);
+    ASSERT_FALSE(address.empty());
+    Child standIn(KORU_LOGIN_STAND_IN, {address, record});
+    ASSERT_TRUE(WaitForLine(record, "ready"));
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", address.c_str(), 1);
+
+    EXPECT_TRUE(AppleEventSendToSystemProcess(kAEShutDown));
+    EXPECT_TRUE(WaitForLine(record, "PowerOff false"));
+    EXPECT_TRUE(AppleEventSendToSystemProcess(kAELogOut));
+    EXPECT_TRUE(WaitForLine(record, "TerminateSession <own session>"));
+    EXPECT_FALSE(AppleEventSendToSystemProcess(0x78787878)); // no such call
+    unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+    standIn.Stop();
+    bus.Stop();
+    EXPECT_EQ("ready\nPowerOff false\nTerminateSession <own session>\n", ReadAll(record));
 }
