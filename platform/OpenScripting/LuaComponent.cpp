@@ -121,7 +121,8 @@ private:
 std::string ErrorMessage(lua_State *L)
 {
     size_t length = 0;
-    const char *text = lua_type(L, -1) == LUA_TSTRING ? lua_tolstring(L, -1, &length) : nullptr;
+    // Strings and numbers read as text, as the stand-alone interpreter shows them.
+    const char *text = lua_isstring(L, -1) ? lua_tolstring(L, -1, &length) : nullptr;
     std::string message = text != nullptr ? std::string(text, length)
                                           : std::string("(error object is a ") + luaL_typename(L, -1) + " value)";
     lua_pop(L, 1);
