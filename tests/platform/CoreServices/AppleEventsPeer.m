@@ -1,7 +1,7 @@
 /* A second process for the Apple-event tests: installs its handlers, says
  * "ready" in its record file and runs its main run loop.  'KORU'/'echo'
  * records "echo <text>" and answers the text upper-cased; 'KORU'/'stop' ends
- * it. */
+ * it; 'KORU'/'hang' never answers (the process waits for its end). */
 #import <Foundation/Foundation.h>
 
 #include <CoreServices/AppleEvents.h>
@@ -9,6 +9,7 @@
 
 #include <ctype.h>
 #include <stdio.h>
+#include <unistd.h>
 
 static const char *gRecord;
 static BOOL gDone;
@@ -44,6 +45,14 @@ static OSErr Stop(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
     return noErr;
 }
 
+static OSErr Hang(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
+{
+    (void)event, (void)reply, (void)refcon;
+    for (;;)
+        pause();
+    return noErr;
+}
+
 int main(int argc, char **argv)
 {
     if (argc < 2)
@@ -52,6 +61,7 @@ int main(int argc, char **argv)
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     AEInstallEventHandler(0x4B4F5255, 0x6563686F, NewAEEventHandlerUPP(Echo), NULL, false);
     AEInstallEventHandler(0x4B4F5255, 0x73746F70, NewAEEventHandlerUPP(Stop), NULL, false);
+    AEInstallEventHandler(0x4B4F5255, 0x68616E67, NewAEEventHandlerUPP(Hang), NULL, false);
     Record("ready");
     while (!gDone) {
         NSAutoreleasePool *inner = [NSAutoreleasePool new];

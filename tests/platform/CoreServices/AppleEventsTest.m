@@ -14,7 +14,7 @@
 
 extern char **environ;
 
-enum { kTestClass = 0x4B4F5255, kEcho = 0x6563686F, kStop = 0x73746F70, kNone = 0x6E6F6E65 };
+enum { kTestClass = 0x4B4F5255, kEcho = 0x6563686F, kStop = 0x73746F70, kNone = 0x6E6F6E65, kHang = 0x68616E67 };
 
 static NSString *MakeFolder(void)
 {
@@ -150,6 +150,16 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     KT_EXPECT(waitpid(peer, &status, 0) == peer && WIFEXITED(status) && WEXITSTATUS(status) == 0);
     KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == procNotFound);
     AEDisposeDesc(&event);
+
+    /* A handler that never answers: the wait ends with the time-out. */
+    [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
+    peer = Spawn(KORU_AE_PEER, peerArgs);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+    MakeEvent(peer, kHang, NULL, &event);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30, NULL, NULL) == errAETimeout);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    AEDisposeDesc(&event);
+    Stop(peer);
 
     /* A live process that publishes no port. */
     char *sleepArgs[] = {"sleep", "60", NULL};
