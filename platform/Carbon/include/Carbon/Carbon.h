@@ -4,5 +4,6 @@
 
 #include <CoreServices/CoreServices.h>
 #include <ApplicationServices/ApplicationServices.h>
+#include <OpenScripting/OpenScripting.h>
 
 #endif

@@ -1,5 +1,5 @@
 /* The Carbon core services provided for Linux: files, folders, aliases,
- * Gestalt, text encodings, Apple-event data and Launch Services. */
+ * Gestalt, text encodings, Apple events, components and Launch Services. */
 #ifndef CORESERVICES_CORESERVICES_H
 #define CORESERVICES_CORESERVICES_H
 
@@ -13,6 +13,8 @@
 #include <CoreServices/Debugging.h>
 #include <CoreServices/TextEncodingConverter.h>
 #include <CoreServices/AEDataModel.h>
+#include <CoreServices/AppleEvents.h>
+#include <CoreServices/Components.h>
 #include <CoreServices/LaunchServices.h>
 
 #endif

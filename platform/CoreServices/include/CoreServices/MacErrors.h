@@ -50,7 +50,7 @@ enum {
     errAEWrongDataType = -1703, errAENotAEDesc = -1704, errAEBadListItem = -1705,
     errAENewerVersion = -1706, errAENotAppleEvent = -1707, errAEEventNotHandled = -1708,
     errAEReplyNotValid = -1709, errAEUnknownSendMode = -1710, errAEWaitCanceled = -1711,
-    errAETimeout = -1712, errAENoUserInteraction = -1713,
+    errAETimeout = -1712, errAENoUserInteraction = -1713, errAEBufferTooSmall = -1741,
     errAENotASpecialFunction = -1714, errAEParamMissed = -1715,
     errAEUnknownAddressType = -1716, errAEHandlerNotFound = -1717,
     errAEReplyNotArrived = -1718, errAEIllegalIndex = -1719,

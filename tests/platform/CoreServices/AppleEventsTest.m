@@ -1,0 +1,244 @@
+/* Apple events between real processes, and to the system process through a
+ * stand-in login manager on a private bus. */
+#import "KTest.h"
+
+#include <ApplicationServices/Processes.h>
+#include <CoreServices/AppleEvents.h>
+#include <CoreServices/MacErrors.h>
+
+#include <signal.h>
+#include <spawn.h>
+#include <stdlib.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+enum { kTestClass = 0x4B4F5255, kEcho = 0x6563686F, kStop = 0x73746F70, kNone = 0x6E6F6E65, kHang = 0x68616E67 };
+
+static NSString *MakeFolder(void)
+{
+    char pattern[] = "/tmp/koru-ae-XXXXXX";
+    return [NSString stringWithUTF8String:mkdtemp(pattern)];
+}
+
+static pid_t Spawn(const char *path, char *const argv[])
+{
+    pid_t pid = 0;
+    if (posix_spawn(&pid, path, NULL, NULL, argv, environ) != 0)
+        return 0;
+    return pid;
+}
+
+static void Stop(pid_t pid)
+{
+    if (pid > 0) {
+        kill(pid, SIGTERM);
+        waitpid(pid, NULL, 0);
+    }
+}
+
+static NSString *Contents(NSString *path)
+{
+    NSString *text = [NSString stringWithContentsOfFile:path encoding:NSUTF8StringEncoding error:NULL];
+    return text != nil ? text : @"";
+}
+
+/* Runs the main run loop until the record holds the line (at most 30 s, so
+ * that a broken peer fails the test instead of hanging it). */
+static BOOL WaitForLine(NSString *record, NSString *line)
+{
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while ([limit timeIntervalSinceNow] > 0) {
+        if ([[Contents(record) componentsSeparatedByString:@"\n"] containsObject:line])
+            return YES;
+        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode
+                              beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+    }
+    return NO;
+}
+
+static OSErr MakeEvent(pid_t pid, AEEventID eventID, const char *text, AppleEvent *event)
+{
+    ProcessSerialNumber psn = {0, (UInt32)pid};
+    AEAddressDesc target;
+    AECreateDesc(typeProcessSerialNumber, &psn, sizeof psn, &target);
+    OSErr err = AECreateAppleEvent(kTestClass, eventID, &target, kAutoGenerateReturnID, kAnyTransactionID, event);
+    AEDisposeDesc(&target);
+    if (err == noErr && text != NULL)
+        err = AEPutParamPtr(event, keyDirectObject, typeChar, text, (Size)strlen(text));
+    return err;
+}
+
+static NSString *DirectText(const AppleEvent *event)
+{
+    char text[256] = {0};
+    if (AEGetParamPtr(event, keyDirectObject, typeUTF8Text, NULL, text, sizeof text - 1, NULL) != noErr)
+        return nil;
+    return [NSString stringWithUTF8String:text];
+}
+
+static int gAnswers;
+static AEReturnID gAnswerReturnID;
+static NSString *gAnswerText;
+
+static OSErr Answer(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
+{
+    (void)reply, (void)refcon;
+    ++gAnswers;
+    AEGetAttributePtr(event, keyReturnIDAttr, typeSInt16, NULL, &gAnswerReturnID, sizeof gAnswerReturnID, NULL);
+    [gAnswerText release];
+    gAnswerText = [DirectText(event) retain];
+    return noErr;
+}
+
+KT_CASE(EventsReachASecondProcessInEveryReplyMode)
+{
+    NSString *folder = MakeFolder();
+    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+    KT_ASSERT(peer > 0);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+
+    /* Waiting: the handler's effect and its reply. */
+    AppleEvent event, reply;
+    KT_EXPECT(MakeEvent(peer, kEcho, "hello", &event) == noErr);
+    OSErr err = AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30 * 60, NULL, NULL);
+    KT_EXPECT_MSG(err == noErr, @"%d", err);
+    KT_EXPECT_EQUAL_OBJECTS(DirectText(&reply), @"HELLO");
+    KT_EXPECT([Contents(record) rangeOfString:@"echo hello\n"].location != NSNotFound);
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+
+    /* No reply: the send returns a null reply and the handler still runs. */
+    MakeEvent(peer, kEcho, "quiet", &event);
+    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    KT_EXPECT(WaitForLine(record, @"echo quiet"));
+    AEDisposeDesc(&event);
+
+    /* Queued reply: nothing at once, then an 'aevt'/'ansr' event on our run loop. */
+    KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
+    MakeEvent(peer, kEcho, "later", &event);
+    AEReturnID returnID = 0;
+    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
+    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
+        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+    KT_EXPECT(gAnswers == 1);
+    KT_EXPECT(gAnswerReturnID == returnID);
+    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"LATER");
+    AEDisposeDesc(&event);
+    AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
+
+    /* An event the peer has no handler for. */
+    MakeEvent(peer, kNone, NULL, &event);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30 * 60, NULL, NULL) == errAEEventNotHandled);
+    SInt32 number = 0;
+    KT_EXPECT(AEGetParamPtr(&reply, keyErrorNumber, typeSInt32, NULL, &number, sizeof number, NULL) == noErr);
+    KT_EXPECT(number == errAEEventNotHandled);
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+
+    /* Once the peer has ended, it is not found. */
+    MakeEvent(peer, kStop, NULL, &event);
+    KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    int status = 0;
+    KT_EXPECT(waitpid(peer, &status, 0) == peer && WIFEXITED(status) && WEXITSTATUS(status) == 0);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == procNotFound);
+    AEDisposeDesc(&event);
+
+    /* A handler that never answers: the wait ends with the time-out. */
+    [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
+    peer = Spawn(KORU_AE_PEER, peerArgs);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+    MakeEvent(peer, kHang, NULL, &event);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30, NULL, NULL) == errAETimeout);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    AEDisposeDesc(&event);
+    Stop(peer);
+
+    /* A live process that publishes no port. */
+    char *sleepArgs[] = {"sleep", "60", NULL};
+    pid_t sleeper = Spawn("/bin/sleep", sleepArgs);
+    MakeEvent(sleeper, kEcho, "anyone?", &event);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == connectionInvalid);
+    AEDisposeDesc(&event);
+    Stop(sleeper);
+
+    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+}
+
+KT_CASE(SystemProcessEventsGoToTheLoginManager)
+{
+    NSString *folder = MakeFolder();
+    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+
+    /* A private bus of our own; its address is the first line it prints. */
+    NSTask *daemon = [[NSTask new] autorelease];
+    NSPipe *pipe = [NSPipe pipe];
+    [daemon setLaunchPath:@"/usr/bin/dbus-daemon"];
+    [daemon setArguments:[NSArray arrayWithObjects:@"--session", @"--nofork", @"--print-address", nil]];
+    [daemon setStandardOutput:pipe];
+    [daemon launch];
+    pid_t daemonPid = [daemon processIdentifier];
+    NSMutableData *printed = [NSMutableData data];
+    while ([printed length] == 0 || ((const char *)[printed bytes])[[printed length] - 1] != '\n') {
+        NSData *more = [[pipe fileHandleForReading] availableData];
+        if ([more length] == 0)
+            break;
+        [printed appendData:more];
+    }
+    NSString *address = [[[[NSString alloc] initWithData:printed encoding:NSUTF8StringEncoding] autorelease]
+        stringByTrimmingCharactersInSet:[NSCharacterSet whitespaceAndNewlineCharacterSet]];
+    KT_EXPECT([address length] > 0);
+
+    char *standInArgs[] = {(char *)KORU_LOGIN_STAND_IN, (char *)[address UTF8String],
+                           (char *)[record fileSystemRepresentation], NULL};
+    pid_t standIn = Spawn(KORU_LOGIN_STAND_IN, standInArgs);
+    KT_EXPECT(standIn > 0 && WaitForLine(record, @"ready"));
+    setenv("DBUS_SYSTEM_BUS_ADDRESS", [address UTF8String], 1);
+
+    ProcessSerialNumber system = {0, kSystemProcess};
+    AEAddressDesc target;
+    AECreateDesc(typeProcessSerialNumber, &system, sizeof system, &target);
+    struct {
+        AEEventID eventID;
+        AESendMode mode;
+        NSString *line;
+    } cases[] = {
+        {kAERestart, kAENoReply, @"Reboot false"},
+        {kAEShutDown, kAENoReply, @"PowerOff false"},
+        {kAESleep, kAENoReply, @"Suspend false"},
+        {kAEReallyLogOut, kAENoReply, @"TerminateSession <own session>"},
+        {kAEShowRestartDialog, kAEWaitReply, @"Reboot true"},
+    };
+    for (size_t i = 0; i < sizeof cases / sizeof cases[0]; ++i) {
+        AppleEvent event, reply;
+        AECreateAppleEvent(kCoreEventClass, cases[i].eventID, &target, kAutoGenerateReturnID, kAnyTransactionID,
+                           &event);
+        KT_EXPECT(AESend(&event, &reply, cases[i].mode, kAENormalPriority, 30 * 60, NULL, NULL) == noErr);
+        KT_EXPECT_MSG(WaitForLine(record, cases[i].line), @"%@", cases[i].line);
+        AEDisposeDesc(&event);
+    }
+    /* Events the login manager has no call for are not handled. */
+    AppleEvent event;
+    AECreateAppleEvent(kCoreEventClass, kAEOpenApplication, &target, kAutoGenerateReturnID, kAnyTransactionID,
+                       &event);
+    KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, 60, NULL, NULL) == errAEEventNotHandled);
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&target);
+
+    unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
+
+    Stop(standIn);
+    kill(daemonPid, SIGTERM);
+    [daemon waitUntilExit];
+    KT_EXPECT([[Contents(record) componentsSeparatedByString:@"\n"] count] == 7); /* ready, five calls, end */
+    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+}
+
+KT_MAIN()
