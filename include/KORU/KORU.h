@@ -27,4 +27,9 @@
 #include <KORU/FileUtils.h>
 #endif
 
+/* The Foundation and AppKit extensions. */
+#ifdef __OBJC__
+#import <KORU/CommandTool.h>
+#endif
+
 #endif
