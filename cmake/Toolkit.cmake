@@ -38,3 +38,8 @@ install(CODE "
   file(MAKE_DIRECTORY \"\${bundle}\")
   file(CREATE_LINK ../libKORU.so.${PROJECT_VERSION_MAJOR} \"\${bundle}/KORU\" SYMBOLIC)
 ")
+
+# DiskImage runs the disk-image tools from where `cmake --install` puts them.
+target_compile_definitions(KORU PRIVATE
+  KORU_DISK_IMAGE_EDITOR_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdiutil-koru"
+  KORU_DISK_IMAGE_MOUNTER_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdid-koru")

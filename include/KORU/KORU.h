@@ -30,6 +30,7 @@
 /* The Foundation and AppKit extensions. */
 #ifdef __OBJC__
 #import <KORU/CommandTool.h>
+#import <KORU/DiskImage.h>
 #endif
 
 #endif
