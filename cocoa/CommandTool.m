@@ -1,5 +1,9 @@
+/* F_SETPIPE_SZ, vmsplice */
+#define _GNU_SOURCE 1
+
 #import <KORU/CommandTool.h>
 
+#import "CaptureBuffer.h"
 #import "CaughtException.h"
 
 #include <errno.h>
@@ -10,6 +14,7 @@
 #include <stdlib.h>
 #include <string.h>
 #include <sys/eventfd.h>
+#include <sys/uio.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
@@ -17,7 +22,11 @@
 NSString *const CommandToolDidRunNotification = @"CommandToolDidRunNotification";
 
 /* Bytes read from the child per read(2): enough to empty a full pipe at once. */
-enum { kReadChunkSize = 256 * 1024 };
+enum { kReadChunkSize = 1024 * 1024 };
+
+/* The pipes' capacity asked for: fewer, larger transfers between the two
+ * processes (the system may grant less). */
+enum { kPipeSize = 1024 * 1024 };
 
 /* The writer that feeds the child's standard input while the run's thread
  * reads its output: writing everything first would block for ever once the
@@ -46,8 +55,19 @@ static void *InputWriterMain(void *argument)
     InputWriter *writer = argument;
     size_t written = 0;
     BOOL cancelled = NO;
+    BOOL splicing = YES;
     while (written < writer->length && !cancelled) {
-        ssize_t n = write(writer->fd, writer->bytes + written, writer->length - written);
+        /* vmsplice lends the pages to the pipe instead of copying them; the
+         * input data outlives the child, which is all that reads them. */
+        struct iovec part = {(void *)(writer->bytes + written), writer->length - written};
+        if (part.iov_len > kPipeSize)
+            part.iov_len = kPipeSize;
+        ssize_t n = splicing ? vmsplice(writer->fd, &part, 1, SPLICE_F_NONBLOCK)
+                             : write(writer->fd, part.iov_base, part.iov_len);
+        if (n < 0 && splicing && (errno == EINVAL || errno == ENOSYS)) {
+            splicing = NO;
+            continue;
+        }
         if (n > 0) {
             written += (size_t)n;
         } else if (n < 0 && errno == EAGAIN) {
@@ -164,6 +184,11 @@ static BOOL IsExecutableFile(NSString *path)
     return IsLaunchableFile([path fileSystemRepresentation], 0);
 }
 
+static void EnlargePipe(NSPipe *pipe)
+{
+    fcntl([[pipe fileHandleForReading] fileDescriptor], F_SETPIPE_SZ, kPipeSize);
+}
+
 /* One captured stream of the child. */
 typedef struct {
     int fd; /* -1 once the stream has ended or when it is not captured */
@@ -177,7 +202,7 @@ typedef struct {
                   error:(NSPipe *)errPipe
                    data:(NSData *)input
                  writer:(InputWriter *)writer;
-- (BOOL)readStream:(OutputStream *)stream into:(unsigned char *)chunk;
+- (BOOL)readStream:(OutputStream *)stream;
 - (void)readOutput:(OutputStream *)output error:(OutputStream *)error;
 @end
 
@@ -256,7 +281,7 @@ typedef struct {
         [mOutData release];
         mOutData = nil;
     } else if (mOutData == nil) {
-        mOutData = [[NSMutableData alloc] init];
+        mOutData = [[CaptureBuffer alloc] init];
         if (mOutData == nil)
             NSLog(@"CommandTool: Sorry, I coldn't make Data for StandardOutput.");
     }
@@ -268,7 +293,7 @@ typedef struct {
         [mErrData release];
         mErrData = nil;
     } else if (mErrData == nil) {
-        mErrData = [[NSMutableData alloc] init];
+        mErrData = [[CaptureBuffer alloc] init];
         if (mErrData == nil)
             NSLog(@"CommandTool: Sorry, I coldn't make Data for StandardError.");
     }
@@ -405,12 +430,18 @@ typedef struct {
                    data:(NSData *)input
                  writer:(InputWriter *)writer
 {
-    if (inPipe != nil)
+    if (inPipe != nil) {
+        EnlargePipe(inPipe);
         [mTask setStandardInput:inPipe];
-    if (outPipe != nil)
+    }
+    if (outPipe != nil) {
+        EnlargePipe(outPipe);
         [mTask setStandardOutput:outPipe];
-    if (errPipe != nil)
+    }
+    if (errPipe != nil) {
+        EnlargePipe(errPipe);
         [mTask setStandardError:errPipe];
+    }
     /* Anything that is not a program fails here, as a launch does. */
     if (!IsExecutableFile(mToolPath))
         [NSException raise:NSInvalidArgumentException
@@ -431,20 +462,23 @@ typedef struct {
 
 /* Reads what the stream holds: YES to go on reading, NO when the delegate
  * said to stop.  The end of the stream or a read error ends only this stream. */
-- (BOOL)readStream:(OutputStream *)stream into:(unsigned char *)chunk
+- (BOOL)readStream:(OutputStream *)stream
 {
-    ssize_t n = read(stream->fd, chunk, kReadChunkSize);
+    /* The buffers are always CaptureBuffers (setReadStandard...: makes them),
+     * which take the bytes straight from the pipe. */
+    CaptureBuffer *buffer = (CaptureBuffer *)stream->buffer;
+    ssize_t n = [buffer appendFromDescriptor:stream->fd maximum:kReadChunkSize];
     if (n < 0 && (errno == EINTR || errno == EAGAIN))
         return YES;
     if (n <= 0) {
         stream->fd = -1;
         return YES;
     }
-    [stream->buffer appendBytes:chunk length:(NSUInteger)n];
     if (mDelegate == nil || ![mDelegate respondsToSelector:stream->callback])
         return YES;
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    NSData *data = [NSData dataWithBytes:chunk length:(NSUInteger)n];
+    NSData *data = [NSData dataWithBytes:(const unsigned char *)[buffer bytes] + [buffer length] - (NSUInteger)n
+                                  length:(NSUInteger)n];
     BOOL goOn = stream->callback == @selector(commandTool:readStandardOutputData:)
                     ? [mDelegate commandTool:self readStandardOutputData:data]
                     : [mDelegate commandTool:self readStandardErrorData:data];
@@ -457,26 +491,17 @@ typedef struct {
  * before standard error. */
 - (void)readOutput:(OutputStream *)output error:(OutputStream *)error
 {
-    if (output->fd < 0 && error->fd < 0)
-        return;
-    unsigned char *chunk = malloc(kReadChunkSize);
-    if (chunk == NULL)
-        return;
-    @try {
-        while (output->fd >= 0 || error->fd >= 0) {
-            struct pollfd fds[2] = {{output->fd, POLLIN, 0}, {error->fd, POLLIN, 0}};
-            if (poll(fds, 2, -1) < 0) {
-                if (errno == EINTR)
-                    continue;
-                break;
-            }
-            if (output->fd >= 0 && fds[0].revents != 0 && ![self readStream:output into:chunk])
-                break;
-            if (error->fd >= 0 && fds[1].revents != 0 && ![self readStream:error into:chunk])
-                break;
+    while (output->fd >= 0 || error->fd >= 0) {
+        struct pollfd fds[2] = {{output->fd, POLLIN, 0}, {error->fd, POLLIN, 0}};
+        if (poll(fds, 2, -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            break;
         }
-    } @finally {
-        free(chunk);
+        if (output->fd >= 0 && fds[0].revents != 0 && ![self readStream:output])
+            break;
+        if (error->fd >= 0 && fds[1].revents != 0 && ![self readStream:error])
+            break;
     }
 }
 
