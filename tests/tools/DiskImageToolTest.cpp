@@ -104,6 +104,9 @@ protected:
             if (entry.fsType == "fuse.koru" && entry.source.compare(0, folder.size(), folder) == 0) {
                 ADD_FAILURE() << "left attached: " << entry.mountPoint;
                 RunProgram({"/usr/bin/fusermount3", "-u", entry.mountPoint}, "/");
+            } else if (entry.fsType == "squashfs" && entry.mountPoint.compare(0, folder.size(), folder) == 0) {
+                ADD_FAILURE() << "left attached: " << entry.mountPoint;
+                RunProgram({"/bin/umount", entry.mountPoint}, "/");
             }
         }
         RunProgram({"/bin/rm", "-rf", folder}, "/");
@@ -274,6 +277,29 @@ TEST_F(DiskImageToolTest, FailuresSayWhyAndLeaveNothingBehind)
     Result list = RunProgram({"/bin/sh", "-c", "ls -d \"$0\"/text-* \"$0\"/none-* 2>/dev/null | wc -l", TemporaryFolder()},
                       folder);
     EXPECT_EQ(list.out, "0\n");
+}
+
+TEST_F(DiskImageToolTest, LoopMountedImagesAreListedAndDetached)
+{
+    // Only root may loop-mount.
+    if (geteuid() != 0 || access("/dev/loop-control", F_OK) != 0)
+        GTEST_SKIP() << "loop mounts need root";
+    ASSERT_EQ(Create(image).status, 0);
+    const std::string mountPoint = folder + "/loop mount";
+    ASSERT_EQ(mkdir(mountPoint.c_str(), 0755), 0);
+    Result mount = RunProgram({"/bin/mount", "-t", "squashfs", "-o", "loop,ro", image, mountPoint}, folder);
+    if (mount.status != 0)
+        GTEST_SKIP() << "no loop devices here: " << mount.err;
+    Result info = Hdiutil({"info"});
+    const std::string line = "\tsquashfs\t" + mountPoint + "\n";
+    EXPECT_NE(info.out.find("image-path      : " + image + "\n"), std::string::npos) << info.out;
+    const std::string::size_type found = info.out.find(line);
+    ASSERT_NE(found, std::string::npos) << info.out;
+    const std::string device = info.out.substr(info.out.rfind('\n', found) + 1, found - info.out.rfind('\n', found) - 1);
+    EXPECT_EQ(device.compare(0, 9, "/dev/loop"), 0) << device;
+    Result detach = Hdiutil({"detach", device});
+    EXPECT_EQ(detach.status, 0) << detach.err;
+    EXPECT_EQ(Hdiutil({"info"}).out.find(mountPoint), std::string::npos);
 }
 
 } // namespace
