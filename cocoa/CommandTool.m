@@ -57,8 +57,9 @@ static void *InputWriterMain(void *argument)
     BOOL cancelled = NO;
     BOOL splicing = YES;
     while (written < writer->length && !cancelled) {
-        /* vmsplice lends the pages to the pipe instead of copying them; the
-         * input data outlives the child, which is all that reads them. */
+        /* vmsplice lends the pages to the pipe instead of copying them: the
+         * run keeps the input data until the child, the pipe's only reader,
+         * has exited. */
         struct iovec part = {(void *)(writer->bytes + written), writer->length - written};
         if (part.iov_len > kPipeSize)
             part.iov_len = kPipeSize;
@@ -332,7 +333,7 @@ typedef struct {
 
 - (BOOL)run:(BOOL)asynchronous
 {
-    if (mRunning)
+    if (__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
         return NO;
     /* A run that ended before its timer noticed is reported now, so that
      * every asynchronous run is followed by exactly one notification. */

@@ -149,6 +149,13 @@ KT_CASE(SynchronousRunCapturesBothStreamsWhateverTheExitStatus)
     KT_EXPECT([tool succeeded]);
     KT_EXPECT_EQUAL_OBJECTS([tool standardOutputData], [@"to out" dataUsingEncoding:NSUTF8StringEncoding]);
     KT_EXPECT_EQUAL_OBJECTS([tool standardErrorData], [@"to err" dataUsingEncoding:NSUTF8StringEncoding]);
+    /* The buffers are mutable data like any other. */
+    NSMutableData *output = (NSMutableData *)[tool standardOutputData];
+    KT_ASSERT([output isKindOfClass:[NSMutableData class]]);
+    [output appendBytes:"!" length:1];
+    KT_EXPECT_EQUAL_OBJECTS([[output mutableCopy] autorelease], [@"to out!" dataUsingEncoding:NSUTF8StringEncoding]);
+    [output setLength:2];
+    KT_EXPECT_EQUAL_OBJECTS([[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease], @"to");
 
     /* Each run starts with empty buffers; NO releases a buffer. */
     [tool setArguments:[NSArray arrayWithObjects:@"-c", @"printf again", nil]];
