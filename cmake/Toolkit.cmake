@@ -57,3 +57,8 @@ set(KORU_CONNECTION_PROBE_URL "http://www.apple.com/" CACHE STRING
     "Plain-HTTP URL whose host CommunicationLibrary::IsConnectionUp checks for reachability")
 set_property(SOURCE ${PROJECT_SOURCE_DIR}/net/ConnectionProbe.cpp APPEND PROPERTY
   COMPILE_DEFINITIONS "KORU_CONNECTION_PROBE_URL=\"${KORU_CONNECTION_PROBE_URL}\"")
+
+# DiskImage runs the disk-image tools from where `cmake --install` puts them.
+target_compile_definitions(KORU PRIVATE
+  KORU_DISK_IMAGE_EDITOR_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdiutil-koru"
+  KORU_DISK_IMAGE_MOUNTER_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdid-koru")

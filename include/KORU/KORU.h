@@ -29,4 +29,10 @@
 #include <KORU/CommunicationLibrary.h>
 #endif
 
+/* The Foundation and AppKit extensions. */
+#ifdef __OBJC__
+#import <KORU/CommandTool.h>
+#import <KORU/DiskImage.h>
+#endif
+
 #endif

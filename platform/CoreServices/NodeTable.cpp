@@ -1,9 +1,8 @@
 #include "NodeTable.h"
 
+#include "MountTable.h"
 #include "PathTable.h"
 
-#include <cstdio>
-#include <cstring>
 #include <map>
 #include <mutex>
 #include <sys/sysmacros.h>
@@ -36,22 +35,6 @@ Tables &SharedTables()
     return *tables;
 }
 
-// mountinfo escapes blanks, tabs, newlines and backslashes as \ooo.
-std::string UnescapeMountField(const char *field)
-{
-    std::string out;
-    for (const char *p = field; *p; ++p) {
-        if (p[0] == '\\' && p[1] >= '0' && p[1] <= '3' && p[2] >= '0' && p[2] <= '7' && p[3] >= '0' &&
-            p[3] <= '7') {
-            out += static_cast<char>((p[1] - '0') * 64 + (p[2] - '0') * 8 + (p[3] - '0'));
-            p += 3;
-        } else {
-            out += *p;
-        }
-    }
-    return out;
-}
-
 bool PathIsInside(const std::string &path, const std::string &folder)
 {
     if (folder == "/")
@@ -64,26 +47,18 @@ bool PathIsInside(const std::string &path, const std::string &folder)
 // that device that contains the path (bind mounts list one device twice).
 bool MountPointFromMountInfo(dev_t device, const std::string &path, std::string &mountPoint)
 {
-    FILE *file = std::fopen("/proc/self/mountinfo", "re");
-    if (!file)
+    std::vector<MountEntry> table;
+    if (!ReadMountTable(table))
         return false;
-    char line[4096];
     bool found = false;
-    while (std::fgets(line, sizeof line, file)) {
-        unsigned id, parent, major, minor;
-        char root[2048], point[2048];
-        if (std::sscanf(line, "%u %u %u:%u %2047s %2047s", &id, &parent, &major, &minor, root,
-                        point) != 6)
+    for (const MountEntry &entry : table) {
+        if (makedev(entry.major, entry.minor) != device)
             continue;
-        if (makedev(major, minor) != device)
-            continue;
-        const std::string candidate = UnescapeMountField(point);
-        if (PathIsInside(path, candidate) && (!found || candidate.size() > mountPoint.size())) {
-            mountPoint = candidate;
+        if (PathIsInside(path, entry.mountPoint) && (!found || entry.mountPoint.size() > mountPoint.size())) {
+            mountPoint = entry.mountPoint;
             found = true;
         }
     }
-    std::fclose(file);
     return found;
 }
 

@@ -1,0 +1,509 @@
+/* F_SETPIPE_SZ, vmsplice */
+#define _GNU_SOURCE 1
+
+#import <KORU/CommandTool.h>
+
+#import "CaptureBuffer.h"
+#import "CaughtException.h"
+
+#include <errno.h>
+#include <fcntl.h>
+#include <poll.h>
+#include <pthread.h>
+#include <signal.h>
+#include <stdlib.h>
+#include <string.h>
+#include <sys/eventfd.h>
+#include <sys/uio.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+NSString *const CommandToolDidRunNotification = @"CommandToolDidRunNotification";
+
+/* Bytes read from the child per read(2): enough to empty a full pipe at once. */
+enum { kReadChunkSize = 1024 * 1024 };
+
+/* The pipes' capacity asked for: fewer, larger transfers between the two
+ * processes (the system may grant less). */
+enum { kPipeSize = 1024 * 1024 };
+
+/* The writer that feeds the child's standard input while the run's thread
+ * reads its output: writing everything first would block for ever once the
+ * child, unable to write its own full pipe, stops reading.  The writer owns
+ * its descriptor and closes it when the input is written, the child has
+ * closed its end, or the run cancels it.  It touches no Objective-C object,
+ * so it can be a plain thread. */
+typedef struct {
+    pthread_t thread;
+    int fd;       /* the pipe's writing end, non-blocking */
+    int cancelFD; /* an eventfd: readable once the run gives up on the input */
+    const unsigned char *bytes;
+    size_t length;
+} InputWriter;
+
+static void WaitUntilWritable(InputWriter *writer, BOOL *cancelled)
+{
+    struct pollfd fds[2] = {{writer->fd, POLLOUT, 0}, {writer->cancelFD, POLLIN, 0}};
+    while (poll(fds, 2, -1) < 0 && errno == EINTR)
+        ;
+    *cancelled = (fds[1].revents & POLLIN) != 0;
+}
+
+static void *InputWriterMain(void *argument)
+{
+    InputWriter *writer = argument;
+    size_t written = 0;
+    BOOL cancelled = NO;
+    BOOL splicing = YES;
+    while (written < writer->length && !cancelled) {
+        /* vmsplice lends the pages to the pipe instead of copying them: the
+         * run keeps the input data until the child, the pipe's only reader,
+         * has exited. */
+        struct iovec part = {(void *)(writer->bytes + written), writer->length - written};
+        if (part.iov_len > kPipeSize)
+            part.iov_len = kPipeSize;
+        ssize_t n = splicing ? vmsplice(writer->fd, &part, 1, SPLICE_F_NONBLOCK)
+                             : write(writer->fd, part.iov_base, part.iov_len);
+        if (n < 0 && splicing && (errno == EINVAL || errno == ENOSYS)) {
+            splicing = NO;
+            continue;
+        }
+        if (n > 0) {
+            written += (size_t)n;
+        } else if (n < 0 && errno == EAGAIN) {
+            WaitUntilWritable(writer, &cancelled);
+        } else if (n < 0 && errno == EINTR) {
+            continue;
+        } else {
+            if (n < 0 && errno == EPIPE) {
+                /* The child closed its end; the SIGPIPE is blocked in this
+                 * thread and is taken here so that it is never delivered. */
+                sigset_t pipeSignal;
+                sigemptyset(&pipeSignal);
+                sigaddset(&pipeSignal, SIGPIPE);
+                struct timespec now = {0, 0};
+                sigtimedwait(&pipeSignal, NULL, &now);
+            }
+            break;
+        }
+    }
+    close(writer->fd);
+    writer->fd = -1;
+    return NULL;
+}
+
+/* Starts the writer on a descriptor of its own; NO (and fd closed) when no
+ * thread could be started. */
+static BOOL InputWriterStart(InputWriter *writer, int fd, NSData *data)
+{
+    writer->fd = fd;
+    writer->bytes = [data bytes];
+    writer->length = [data length];
+    writer->cancelFD = eventfd(0, EFD_CLOEXEC);
+    if (writer->cancelFD < 0) {
+        close(fd);
+        return NO;
+    }
+    fcntl(fd, F_SETFL, fcntl(fd, F_GETFL) | O_NONBLOCK);
+    /* The thread starts with SIGPIPE blocked, so that a child that stops
+     * reading makes write(2) fail with EPIPE instead of killing the host. */
+    sigset_t pipeSignal, saved;
+    sigemptyset(&pipeSignal);
+    sigaddset(&pipeSignal, SIGPIPE);
+    pthread_sigmask(SIG_BLOCK, &pipeSignal, &saved);
+    int started = pthread_create(&writer->thread, NULL, InputWriterMain, writer);
+    pthread_sigmask(SIG_SETMASK, &saved, NULL);
+    if (started != 0) {
+        close(fd);
+        close(writer->cancelFD);
+        return NO;
+    }
+    return YES;
+}
+
+/* Stops a writer that is still waiting for the child and waits for it to end. */
+static void InputWriterFinish(InputWriter *writer)
+{
+    uint64_t one = 1;
+    while (write(writer->cancelFD, &one, sizeof one) < 0 && errno == EINTR)
+        ;
+    pthread_join(writer->thread, NULL);
+    close(writer->cancelFD);
+}
+
+/* A pipe's end as a descriptor of its own, close-on-exec, so that it outlives
+ * the NSFileHandle around the original. */
+static int DuplicateDescriptor(NSFileHandle *handle)
+{
+    return fcntl([handle fileDescriptor], F_DUPFD_CLOEXEC, 0);
+}
+
+/* Blocks until the child has exited without reaping it; NSTask then finds
+ * its status at once instead of polling its run loop every tenth of a second. */
+static void WaitForExit(pid_t pid)
+{
+    siginfo_t info;
+    while (waitid(P_PID, (id_t)pid, &info, WEXITED | WNOWAIT) < 0 && errno == EINTR)
+        ;
+}
+
+/* True when execve(2) will start the file: an executable regular file that is
+ * an ELF program, or a "#!" script whose interpreter is one in turn (the
+ * kernel follows a few levels of those). */
+static BOOL IsLaunchableFile(const char *path, int depth)
+{
+    struct stat info;
+    if (depth > 4 || stat(path, &info) != 0 || !S_ISREG(info.st_mode) || (info.st_mode & 0111) == 0 ||
+        access(path, X_OK) != 0)
+        return NO;
+    char head[256];
+    int fd = open(path, O_RDONLY | O_CLOEXEC);
+    if (fd < 0)
+        return NO;
+    ssize_t length = read(fd, head, sizeof head - 1);
+    close(fd);
+    if (length >= 4 && memcmp(head, "\177ELF", 4) == 0)
+        return YES;
+    if (length < 3 || head[0] != '#' || head[1] != '!')
+        return NO;
+    head[length] = '\0';
+    char *interpreter = head + 2;
+    while (*interpreter == ' ' || *interpreter == '\t')
+        interpreter++;
+    interpreter[strcspn(interpreter, " \t\n")] = '\0';
+    return *interpreter != '\0' && IsLaunchableFile(interpreter, depth + 1);
+}
+
+/* GNUstep's NSTask launches what execve(2) then refuses, lets the child exit
+ * with status 255 without raising, and from then on passes no arguments to
+ * the programs it launches in this process: such a path must never reach it. */
+static BOOL IsExecutableFile(NSString *path)
+{
+    if (path == nil || [path length] == 0)
+        return NO;
+    return IsLaunchableFile([path fileSystemRepresentation], 0);
+}
+
+static void EnlargePipe(NSPipe *pipe)
+{
+    fcntl([[pipe fileHandleForReading] fileDescriptor], F_SETPIPE_SZ, kPipeSize);
+}
+
+/* One captured stream of the child. */
+typedef struct {
+    int fd; /* -1 once the stream has ended or when it is not captured */
+    NSMutableData *buffer;
+    SEL callback;
+} OutputStream;
+
+@interface CommandTool (Running)
+- (BOOL)launchWithInput:(NSPipe *)inPipe
+                 output:(NSPipe *)outPipe
+                  error:(NSPipe *)errPipe
+                   data:(NSData *)input
+                 writer:(InputWriter *)writer;
+- (BOOL)readStream:(OutputStream *)stream;
+- (void)readOutput:(OutputStream *)output error:(OutputStream *)error;
+@end
+
+@implementation CommandTool
+
++ (id)commandToolWithPath:(NSString *)path
+{
+    return [[[self alloc] initWithPath:path] autorelease];
+}
+
+- (id)initWithPath:(NSString *)path
+{
+    self = [super init];
+    if (self == nil)
+        return nil;
+    if (path == nil) {
+        [self release];
+        return nil;
+    }
+    mToolPath = [path retain];
+    return self;
+}
+
+- (id)init
+{
+    return [self initWithPath:@""];
+}
+
+- (void)dealloc
+{
+    [mTask terminate];
+    [mRunCheckTimer invalidate];
+    [mRunCheckTimer release];
+    [mOutData release];
+    [mErrData release];
+    [mInData release];
+    [mArgs release];
+    [mToolPath release];
+    [mTask release];
+    [super dealloc];
+}
+
+- (NSString *)executePath
+{
+    return mToolPath;
+}
+
+- (void)setExecutePath:(NSString *)path
+{
+    [path retain];
+    [mToolPath release];
+    mToolPath = path;
+}
+
+- (void)setArguments:(NSArray *)arguments
+{
+    if (arguments == nil)
+        return;
+    [arguments retain];
+    [mArgs release];
+    mArgs = arguments;
+}
+
+- (void)setInputData:(NSData *)data
+{
+    if (data == nil)
+        return;
+    [data retain];
+    [mInData release];
+    mInData = data;
+}
+
+- (void)setReadStandardOutput:(BOOL)flag
+{
+    if (!flag) {
+        [mOutData release];
+        mOutData = nil;
+    } else if (mOutData == nil) {
+        mOutData = [[CaptureBuffer alloc] init];
+        if (mOutData == nil)
+            NSLog(@"CommandTool: Sorry, I coldn't make Data for StandardOutput.");
+    }
+}
+
+- (void)setReadStandardError:(BOOL)flag
+{
+    if (!flag) {
+        [mErrData release];
+        mErrData = nil;
+    } else if (mErrData == nil) {
+        mErrData = [[CaptureBuffer alloc] init];
+        if (mErrData == nil)
+            NSLog(@"CommandTool: Sorry, I coldn't make Data for StandardError.");
+    }
+}
+
+- (NSData *)standardOutputData
+{
+    return mOutData;
+}
+
+- (NSData *)standardErrorData
+{
+    return mErrData;
+}
+
+- (id)delegate
+{
+    return mDelegate;
+}
+
+- (void)setDelegate:(id)delegate
+{
+    mDelegate = delegate;
+}
+
+- (BOOL)succeeded
+{
+    return mSucceeded;
+}
+
+- (void)kill
+{
+    if (__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
+        [mTask terminate];
+}
+
+- (BOOL)run:(BOOL)asynchronous
+{
+    if (__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
+        return NO;
+    /* A run that ended before its timer noticed is reported now, so that
+     * every asynchronous run is followed by exactly one notification. */
+    if (mRunCheckTimer != nil)
+        [self commandToolDidRunCheckTimer:mRunCheckTimer];
+    mRunning = YES;
+    [mOutData setLength:0];
+    [mErrData setLength:0];
+    mSucceeded = NO;
+    if (!asynchronous) {
+        [self runCore:nil];
+        return [self succeeded];
+    }
+    mRunCheckTimer = [[NSTimer scheduledTimerWithTimeInterval:0.2
+                                                       target:self
+                                                     selector:@selector(commandToolDidRunCheckTimer:)
+                                                     userInfo:nil
+                                                      repeats:YES] retain];
+    [NSThread detachNewThreadSelector:@selector(runCore:) toTarget:self withObject:nil];
+    return YES;
+}
+
+- (void)runCore:(id)ignored
+{
+    (void)ignored;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    NSPipe *inPipe = nil, *outPipe = nil, *errPipe = nil;
+    NSData *input = [mInData retain];
+    InputWriter writer;
+    BOOL writing = NO;
+    @try {
+        /* Without the task or a pipe the run ends before launching, silently. */
+        mTask = [[NSTask alloc] init];
+        BOOL ready = mTask != nil;
+        if (ready && input != nil)
+            ready = (inPipe = [[NSPipe alloc] init]) != nil;
+        if (ready && mOutData != nil)
+            ready = (outPipe = [[NSPipe alloc] init]) != nil;
+        if (ready && mErrData != nil)
+            ready = (errPipe = [[NSPipe alloc] init]) != nil;
+        if (ready) {
+            writing = [self launchWithInput:inPipe output:outPipe error:errPipe data:input writer:&writer];
+            OutputStream output = {-1, mOutData, @selector(commandTool:readStandardOutputData:)};
+            OutputStream error = {-1, mErrData, @selector(commandTool:readStandardErrorData:)};
+            if (outPipe != nil)
+                output.fd = [[outPipe fileHandleForReading] fileDescriptor];
+            if (errPipe != nil)
+                error.fd = [[errPipe fileHandleForReading] fileDescriptor];
+            [self readOutput:&output error:&error];
+
+            WaitForExit([mTask processIdentifier]);
+            [mTask waitUntilExit];
+            mSucceeded = YES;
+        }
+    } @catch (NSException *exception) {
+        KORULogCaughtException("-[CommandTool runCore:]", __LINE__, exception);
+    }
+    /* The child has ended (or never started, or the run failed): input it
+     * has not taken is of no use any more. */
+    if (writing)
+        InputWriterFinish(&writer);
+    [input release];
+    [mTask release];
+    mTask = nil;
+    [inPipe release];
+    [outPipe release];
+    [errPipe release];
+    [pool release];
+    __atomic_store_n(&mRunning, NO, __ATOMIC_RELEASE);
+}
+
+- (void)commandToolDidRunCheckTimer:(NSTimer *)timer
+{
+    (void)timer;
+    if (__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
+        return;
+    /* An observer may release the tool; it lives until this run loop pass ends. */
+    [[self retain] autorelease];
+    NSTimer *runCheckTimer = mRunCheckTimer;
+    mRunCheckTimer = nil;
+    [[NSNotificationCenter defaultCenter] postNotificationName:CommandToolDidRunNotification object:self];
+    [runCheckTimer invalidate];
+    [runCheckTimer release];
+}
+
+@end
+
+@implementation CommandTool (Running)
+
+/* Attaches the pipes, launches the program and starts feeding its input:
+ * YES when a writer was started.  Raises when the program cannot run. */
+- (BOOL)launchWithInput:(NSPipe *)inPipe
+                 output:(NSPipe *)outPipe
+                  error:(NSPipe *)errPipe
+                   data:(NSData *)input
+                 writer:(InputWriter *)writer
+{
+    if (inPipe != nil) {
+        EnlargePipe(inPipe);
+        [mTask setStandardInput:inPipe];
+    }
+    if (outPipe != nil) {
+        EnlargePipe(outPipe);
+        [mTask setStandardOutput:outPipe];
+    }
+    if (errPipe != nil) {
+        EnlargePipe(errPipe);
+        [mTask setStandardError:errPipe];
+    }
+    /* Anything that is not a program fails here, as a launch does. */
+    if (!IsExecutableFile(mToolPath))
+        [NSException raise:NSInvalidArgumentException
+                    format:@"launch path '%@' is not an executable file", mToolPath];
+    [mTask setLaunchPath:mToolPath];
+    if (mArgs != nil)
+        [mTask setArguments:mArgs];
+    [mTask launch];
+    if (inPipe == nil)
+        return NO;
+    /* The writer gets a descriptor of its own; closing the handle leaves that
+     * copy as the only writing end, so the child sees the end of its input
+     * when the writer closes it. */
+    int fd = DuplicateDescriptor([inPipe fileHandleForWriting]);
+    [[inPipe fileHandleForWriting] closeFile];
+    return fd >= 0 && InputWriterStart(writer, fd, input);
+}
+
+/* Reads what the stream holds: YES to go on reading, NO when the delegate
+ * said to stop.  The end of the stream or a read error ends only this stream. */
+- (BOOL)readStream:(OutputStream *)stream
+{
+    /* The buffers are always CaptureBuffers (setReadStandard...: makes them),
+     * which take the bytes straight from the pipe. */
+    CaptureBuffer *buffer = (CaptureBuffer *)stream->buffer;
+    ssize_t n = [buffer appendFromDescriptor:stream->fd maximum:kReadChunkSize];
+    if (n < 0 && (errno == EINTR || errno == EAGAIN))
+        return YES;
+    if (n <= 0) {
+        stream->fd = -1;
+        return YES;
+    }
+    if (mDelegate == nil || ![mDelegate respondsToSelector:stream->callback])
+        return YES;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    NSData *data = [NSData dataWithBytes:(const unsigned char *)[buffer bytes] + [buffer length] - (NSUInteger)n
+                                  length:(NSUInteger)n];
+    BOOL goOn = stream->callback == @selector(commandTool:readStandardOutputData:)
+                    ? [mDelegate commandTool:self readStandardOutputData:data]
+                    : [mDelegate commandTool:self readStandardErrorData:data];
+    [pool release];
+    return goOn;
+}
+
+/* Reads both captured streams until each has ended, in rounds: every round
+ * waits until either stream has something, then takes standard output
+ * before standard error. */
+- (void)readOutput:(OutputStream *)output error:(OutputStream *)error
+{
+    while (output->fd >= 0 || error->fd >= 0) {
+        struct pollfd fds[2] = {{output->fd, POLLIN, 0}, {error->fd, POLLIN, 0}};
+        if (poll(fds, 2, -1) < 0) {
+            if (errno == EINTR)
+                continue;
+            break;
+        }
+        if (output->fd >= 0 && fds[0].revents != 0 && ![self readStream:output])
+            break;
+        if (error->fd >= 0 && fds[1].revents != 0 && ![self readStream:error])
+            break;
+    }
+}
+
+@end

@@ -1,0 +1,1 @@
+set(KORU_FUZZ_SOURCES platform/CoreServices/MountTable.cpp)

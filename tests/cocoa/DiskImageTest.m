@@ -1,0 +1,261 @@
+/* DiskImage with real images and real FUSE mounts, through the installed
+ * disk-image tools.  Every case detaches what it attached, also when it
+ * fails: each ends (and the program exits) by unmounting every image that
+ * lives in the case's private folder. */
+#import "KTest.h"
+#import <KORU/KORU.h>
+
+#include <stdlib.h>
+#include <sys/stat.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+static NSString *gFolder;
+
+static NSString *TemporaryFolder(void)
+{
+    char path[1024];
+    if (FSFindFolderGetPath(kUserDomain, kTemporaryFolderType, kCreateFolder, path, sizeof path) != noErr)
+        return nil;
+    return [NSString stringWithUTF8String:path];
+}
+
+static void RunProgram(const char *program, const char *argument1, const char *argument2)
+{
+    pid_t pid = fork();
+    if (pid == 0) {
+        execlp(program, program, argument1, argument2, (char *)NULL);
+        _exit(127);
+    }
+    int status;
+    if (pid > 0)
+        waitpid(pid, &status, 0);
+}
+
+/* The mount-table fields are written with \ooo escapes. */
+static NSString *DecodedField(const char *field)
+{
+    NSMutableData *bytes = [NSMutableData data];
+    for (const char *p = field; *p != '\0'; p++) {
+        if (p[0] == '\\' && p[1] >= '0' && p[1] <= '3' && p[2] >= '0' && p[2] <= '7' && p[3] >= '0' && p[3] <= '7') {
+            char c = (char)((p[1] - '0') * 64 + (p[2] - '0') * 8 + (p[3] - '0'));
+            [bytes appendBytes:&c length:1];
+            p += 3;
+        } else {
+            [bytes appendBytes:p length:1];
+        }
+    }
+    return [[[NSString alloc] initWithData:bytes encoding:NSUTF8StringEncoding] autorelease];
+}
+
+/* Unmounts every image of ours that lives in the test folder. */
+static void DetachTestImages(void)
+{
+    if (gFolder == nil)
+        return;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    FILE *table = fopen("/proc/self/mountinfo", "r");
+    char line[8192];
+    NSMutableArray *mountPoints = [NSMutableArray array];
+    while (table != NULL && fgets(line, sizeof line, table) != NULL) {
+        char mountPoint[4096], type[256], source[4096];
+        char *separator = strstr(line, " - ");
+        if (separator == NULL || sscanf(line, "%*s %*s %*s %*s %4095s", mountPoint) != 1 ||
+            sscanf(separator, " - %255s %4095s", type, source) != 2)
+            continue;
+        if (strcmp(type, "fuse.koru") == 0 && [DecodedField(source) hasPrefix:gFolder])
+            [mountPoints addObject:DecodedField(mountPoint)];
+    }
+    if (table != NULL)
+        fclose(table);
+    for (NSString *mountPoint in mountPoints) {
+        fprintf(stderr, "cleaning up the mount at %s\n", [mountPoint UTF8String]);
+        RunProgram("fusermount3", "-u", [mountPoint fileSystemRepresentation]);
+    }
+    [pool release];
+}
+
+static NSString *MakeTestFolder(void)
+{
+    DetachTestImages();
+    NSString *pattern = [TemporaryFolder() stringByAppendingPathComponent:@"DiskImageTest-XXXXXX"];
+    char *path = strdup([pattern fileSystemRepresentation]);
+    NSString *folder = mkdtemp(path) != NULL ? [[NSString alloc] initWithUTF8String:path] : nil;
+    free(path);
+    [gFolder release];
+    gFolder = folder;
+    return gFolder;
+}
+
+static void RemoveTestFolder(void)
+{
+    DetachTestImages();
+    if (gFolder != nil)
+        [[NSFileManager defaultManager] removeItemAtPath:gFolder error:NULL];
+    [gFolder release];
+    gFolder = nil;
+}
+
+static NSString *MakeSourceFolder(NSString *folder)
+{
+    NSString *source = [folder stringByAppendingPathComponent:@"source folder"];
+    NSString *documents = [source stringByAppendingPathComponent:@"Documents"];
+    [[NSFileManager defaultManager] createDirectoryAtPath:documents
+                              withIntermediateDirectories:YES
+                                               attributes:nil
+                                                    error:NULL];
+    [@"read me" writeToFile:[source stringByAppendingPathComponent:@"Read Me.txt"]
+                 atomically:NO
+                   encoding:NSUTF8StringEncoding
+                      error:NULL];
+    NSMutableData *large = [NSMutableData dataWithLength:300000];
+    memset([large mutableBytes], 'k', [large length]);
+    [large writeToFile:[documents stringByAppendingPathComponent:@"large.bin"] atomically:NO];
+    return source;
+}
+
+static void CreateMountReadAndEject(void)
+{
+    NSString *folder = MakeTestFolder();
+    KT_ASSERT(folder != nil);
+    NSString *source = MakeSourceFolder(folder);
+    /* Blanks, quotes and a comma: argument vectors and the escaped file-system name carry them. */
+    NSString *path = [folder stringByAppendingPathComponent:@"My Image, \"v1\" 'x'.img"];
+    DiskImage *image = [DiskImage diskImageWithFilepath:path];
+    KT_ASSERT(image != nil);
+    KT_EXPECT([image mountPoint] == nil);
+    KT_ASSERT([image createFromDirectory:source]);
+    KT_ASSERT([[NSFileManager defaultManager] fileExistsAtPath:path]);
+
+    NSString *mountPoint = [image mount];
+    KT_ASSERT(mountPoint != nil);
+    KT_EXPECT_EQUAL_OBJECTS([mountPoint stringByDeletingLastPathComponent], TemporaryFolder());
+    KT_EXPECT_EQUAL_OBJECTS([image mountPoint], mountPoint);
+    NSString *readMe = [NSString stringWithContentsOfFile:[mountPoint stringByAppendingPathComponent:@"Read Me.txt"]
+                                                 encoding:NSUTF8StringEncoding
+                                                    error:NULL];
+    KT_EXPECT_EQUAL_OBJECTS(readMe, @"read me");
+    NSData *large = [NSData dataWithContentsOfFile:[mountPoint stringByAppendingPathComponent:@"Documents/large.bin"]];
+    KT_EXPECT([large length] == 300000 && ((const char *)[large bytes])[299999] == 'k');
+
+    /* Attached already: the same mount point, and still one mount. */
+    KT_EXPECT_EQUAL_OBJECTS([image mount], mountPoint);
+
+    NSDictionary *report = [DiskImage frameworkInfomation];
+    NSDictionary *entry = nil;
+    for (NSDictionary *candidate in [report objectForKey:@"images"]) {
+        if ([[candidate objectForKey:@"image-path"] isEqual:path])
+            entry = candidate;
+    }
+    KT_ASSERT(entry != nil);
+    KT_EXPECT([[entry objectForKey:@"image-type"] hasPrefix:@"squashfs"]);
+    NSArray *entities = [entry objectForKey:@"system-entities"];
+    KT_EXPECT([entities count] == 1);
+    KT_EXPECT_EQUAL_OBJECTS([[entities lastObject] objectForKey:@"mount-point"], mountPoint);
+    KT_EXPECT_EQUAL_OBJECTS([[entities lastObject] objectForKey:@"content-hint"], @"squashfs");
+    KT_EXPECT([[[entities lastObject] objectForKey:@"dev-entry"] length] > 0);
+
+    KT_EXPECT_EQUAL_OBJECTS([[DiskImage mountingVolumes] objectForKey:mountPoint], path);
+    KT_EXPECT_EQUAL_OBJECTS([DiskImage filepathOfMountingVolume:mountPoint], path);
+    KT_EXPECT_EQUAL_OBJECTS([DiskImage mountingVolumeOfFilepath:path], mountPoint);
+    DiskImage *found = [DiskImage diskImageWithMountingVolume:mountPoint];
+    KT_EXPECT_EQUAL_OBJECTS([found filepath], path);
+    NSString *description = [image description];
+    KT_EXPECT([description hasPrefix:@"DiskImage 0x"]);
+    NSString *suffix = [NSString stringWithFormat:@" {filepath=%@, mountPoint=%@}", path, mountPoint];
+    KT_EXPECT([description hasSuffix:suffix]);
+
+    KT_EXPECT([image unmount]);
+    KT_EXPECT([image mountPoint] == nil);
+    KT_EXPECT(![[NSFileManager defaultManager] fileExistsAtPath:mountPoint]);
+    KT_EXPECT([DiskImage filepathOfMountingVolume:mountPoint] == nil);
+    KT_EXPECT([image unmount]); /* not attached: YES, nothing to eject */
+    KT_EXPECT([[image description] hasSuffix:@"mountPoint=(null)}"]);
+}
+
+KT_CASE(CreateMountReadAndEject)
+{
+    CreateMountReadAndEject();
+    RemoveTestFolder();
+}
+
+static void BadInputGivesNeutralAnswers(void)
+{
+    NSString *folder = MakeTestFolder();
+    KT_ASSERT(folder != nil);
+    NSFileManager *files = [NSFileManager defaultManager];
+
+    KT_EXPECT([DiskImage diskImageWithFilepath:nil] == nil);
+    KT_EXPECT([[DiskImage alloc] init] == nil);
+    KT_EXPECT([DiskImage diskImageWithMountingVolume:folder] == nil);
+    KT_EXPECT([DiskImage diskImageWithMountingVolume:nil] == nil);
+    KT_EXPECT([DiskImage filepathOfMountingVolume:nil] == nil);
+    KT_EXPECT([DiskImage mountingVolumeOfFilepath:nil] == nil);
+
+    /* A missing folder: the tool runs (YES) but makes nothing. */
+    NSString *path = [folder stringByAppendingPathComponent:@"made.img"];
+    DiskImage *image = [DiskImage diskImageWithFilepath:path];
+    [image setFilepath:nil];
+    KT_EXPECT_EQUAL_OBJECTS([image filepath], path);
+    KT_EXPECT([image createFromDirectory:[folder stringByAppendingPathComponent:@"missing"]]);
+    KT_EXPECT(![files fileExistsAtPath:path]);
+
+    /* An existing file is not overwritten, and is not an image to mount. */
+    NSData *text = [@"not an image" dataUsingEncoding:NSUTF8StringEncoding];
+    [text writeToFile:path atomically:NO];
+    KT_EXPECT([image createFromDirectory:MakeSourceFolder(folder)]);
+    KT_EXPECT_EQUAL_OBJECTS([NSData dataWithContentsOfFile:path], text);
+    KT_EXPECT([image mount] == nil);
+    KT_EXPECT([image mountPoint] == nil);
+    KT_EXPECT([image unmount]);
+}
+
+KT_CASE(BadInputGivesNeutralAnswers)
+{
+    BadInputGivesNeutralAnswers();
+    RemoveTestFolder();
+}
+
+static void ImageWithTwoMountsIsKnownByTheFirst(void)
+{
+    /* A second mount of the same volume needs a bind mount, which only root may make. */
+    if (geteuid() != 0)
+        return;
+    NSString *folder = MakeTestFolder();
+    KT_ASSERT(folder != nil);
+    NSString *path = [folder stringByAppendingPathComponent:@"twice.img"];
+    DiskImage *image = [DiskImage diskImageWithFilepath:path];
+    KT_ASSERT([image createFromDirectory:MakeSourceFolder(folder)]);
+    NSString *first = [image mount];
+    KT_ASSERT(first != nil);
+    NSString *second = [folder stringByAppendingPathComponent:@"second"];
+    [[NSFileManager defaultManager] createDirectoryAtPath:second withIntermediateDirectories:NO attributes:nil error:NULL];
+    pid_t pid = fork();
+    if (pid == 0) {
+        execlp("mount", "mount", "--bind", [first fileSystemRepresentation], [second fileSystemRepresentation],
+               (char *)NULL);
+        _exit(127);
+    }
+    int status = -1;
+    waitpid(pid, &status, 0);
+    KT_ASSERT(status == 0);
+    NSMutableDictionary *table = [DiskImage mountingVolumes];
+    KT_EXPECT_EQUAL_OBJECTS([table objectForKey:first], path);
+    KT_EXPECT([table objectForKey:second] == nil);
+    KT_EXPECT_EQUAL_OBJECTS([image mountPoint], first);
+    KT_EXPECT([image unmount]); /* every mount of the image goes */
+    KT_EXPECT([[DiskImage mountingVolumes] objectForKey:second] == nil);
+}
+
+KT_CASE(ImageWithTwoMountsIsKnownByTheFirst)
+{
+    ImageWithTwoMountsIsKnownByTheFirst();
+    RemoveTestFolder();
+}
+
+static void __attribute__((constructor)) CleanUpAtExit(void)
+{
+    atexit(DetachTestImages);
+}
+
+KT_MAIN()
