@@ -159,10 +159,12 @@ int AppleDoubleFile::Write(const std::string &itemPath, const AppleDoubleData &d
     if (companion.empty())
         return EINVAL;
     const bool keepFinderInfo = data.hasFinderInfo && !AllZero(data.finderInfo, 32);
-    if (!keepFinderInfo && !data.hasResourceFork)
+    const bool keepResourceFork = data.hasResourceFork && !data.resourceFork.empty();
+    if (!keepFinderInfo && !keepResourceFork)
         return unlink(companion.c_str()) == 0 || errno == ENOENT ? 0 : errno;
     AppleDoubleData stored = data;
     stored.hasFinderInfo = keepFinderInfo;
+    stored.hasResourceFork = keepResourceFork;
     const std::string image = Build(stored);
     // Write beside the companion and rename over it, so that a failed write
     // never leaves a half companion that loses the old one.

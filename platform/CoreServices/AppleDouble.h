@@ -37,7 +37,7 @@ public:
 
     /* Stores data for the item, or removes the companion when data holds
      * neither Finder information (all zero counts as none) nor a resource
-     * fork.  Returns an errno value, 0 on success. */
+     * fork (an empty one counts as none).  Returns an errno value, 0 on success. */
     static int Write(const std::string &itemPath, const AppleDoubleData &data);
 };
 
