@@ -5,8 +5,13 @@
 
 #include "CFReference.h"
 
+#include <cerrno>
+#include <climits>
 #include <cstdlib>
 #include <cstring>
+#include <fcntl.h>
+#include <sys/stat.h>
+#include <unistd.h>
 #include <vector>
 
 using koru::CFReference;
@@ -85,6 +90,62 @@ bool NameOf(CFStringRef name, HFSUniStr255 &unicode)
 {
     return name && CFGetTypeID(name) == CFStringGetTypeID() && CFStringGetHFSUniStr255(name, &unicode) &&
            unicode.length > 0;
+}
+
+enum class KernelCopy { Done, Failed, Unavailable };
+
+// Copies a data fork inside the kernel (copy_file_range), as cp does.  The
+// destination ends with exactly the bytes the read-whole, write-whole copy
+// gives it, without the bytes passing through this process: a large fork
+// would otherwise be read into fresh memory and written out again.
+// Unavailable when the kernel cannot copy between these files (the caller
+// then copies through memory), or when source and destination are one file.
+KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
+{
+    if (FSCompareFSRefs(source, destination) != errFSRefsDifferent &&
+        FSCompareFSRefs(source, destination) != diffVolErr)
+        return KernelCopy::Unavailable;
+    UInt8 sourcePath[PATH_MAX], destinationPath[PATH_MAX];
+    if (FSRefMakePath(source, sourcePath, sizeof sourcePath) != noErr ||
+        FSRefMakePath(destination, destinationPath, sizeof destinationPath) != noErr)
+        return KernelCopy::Unavailable;
+    const int in = open(reinterpret_cast<char *>(sourcePath), O_RDONLY | O_CLOEXEC);
+    if (in < 0)
+        return KernelCopy::Unavailable;
+    struct stat st;
+    if (fstat(in, &st) != 0 || !S_ISREG(st.st_mode)) {
+        close(in);
+        return KernelCopy::Unavailable;
+    }
+    if (static_cast<UInt64>(st.st_size) >= kLargestFork) { // too large to read whole
+        close(in);
+        return KernelCopy::Failed;
+    }
+    const int out = open(reinterpret_cast<char *>(destinationPath), O_WRONLY | O_TRUNC | O_CLOEXEC);
+    if (out < 0) {
+        close(in);
+        return KernelCopy::Failed;
+    }
+    KernelCopy result = KernelCopy::Done;
+    off_t copied = 0;
+    while (copied < st.st_size) {
+        const ssize_t count = copy_file_range(in, nullptr, out, nullptr, static_cast<size_t>(st.st_size - copied), 0);
+        if (count < 0 && errno == EINTR)
+            continue;
+        if (count < 0 && copied == 0 && (errno == EXDEV || errno == ENOSYS || errno == EINVAL || errno == EOPNOTSUPP)) {
+            result = KernelCopy::Unavailable;
+            break;
+        }
+        if (count <= 0) {
+            result = KernelCopy::Failed;
+            break;
+        }
+        copied += count;
+    }
+    if (close(out) != 0 && result == KernelCopy::Done)
+        result = KernelCopy::Failed;
+    close(in);
+    return result;
 }
 
 } // namespace
@@ -319,6 +380,11 @@ extern "C" Boolean FSCopyFileFork(const FSRef *source, const FSRef *destination,
 {
     if (!source || !destination || !forkName)
         return false;
+    if (forkName->length == 0) {
+        const KernelCopy copied = CopyDataForkInKernel(source, destination);
+        if (copied != KernelCopy::Unavailable)
+            return copied == KernelCopy::Done;
+    }
     CFReference<CFDataRef> data(FSReadFileFork(source, forkName));
     return data && FSWriteFileFork(destination, forkName, data.get());
 }

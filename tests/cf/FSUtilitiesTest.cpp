@@ -263,6 +263,12 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     EXPECT_EQ("the data fork", std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(back)),
                                            static_cast<size_t>(CFDataGetLength(back))));
 
+    // A fork copied onto itself keeps its bytes.
+    EXPECT_TRUE(FSCopyFileFork(&src, &src, &data));
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+    EXPECT_TRUE(FSCopyFileFork(&src, &src, &resource));
+    EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
+
     // Failures: a stale source leaves nothing behind to lose, NULLs give false.
     EXPECT_FALSE(FSCopyFileFork(nullptr, &copied, &data));
     EXPECT_FALSE(FSWriteFileFork(&copied, &data, nullptr));
