@@ -396,9 +396,18 @@ extern "C" Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolde
     HFSUniStr255 dataFork, resourceFork;
     if (FSGetDataForkName(&dataFork) != noErr || FSGetResourceForkName(&resourceFork) != noErr)
         return false;
+    // A source that is gone or a folder cannot be copied; a destination that
+    // is the source itself must not be deleted to make room for it.
+    FSCatalogInfo info;
+    if (FSGetCatalogInfo(source, kFSCatInfoNodeFlags, &info, nullptr, nullptr, nullptr) != noErr ||
+        (info.nodeFlags & kFSNodeIsDirectoryMask))
+        return false;
     FSRef existing;
-    if (FSGetChild(destinationFolder, &existing, name))
+    if (FSGetChild(destinationFolder, &existing, name)) {
+        if (FSCompareFSRefs(&existing, source) == noErr)
+            return false;
         FSDeleteObject(&existing);
+    }
     FSRef created;
     if (!FSCreateFile(destinationFolder, name, source, &created))
         return false;

@@ -269,6 +269,13 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     EXPECT_TRUE(FSCopyFileFork(&src, &src, &resource));
     EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
 
+    // A copy onto the source itself fails and keeps the source.
+    CFStringRef srcName = String("src");
+    const FSRef top = RefAt(folder.Path());
+    EXPECT_FALSE(FSCopyFile(&src, &top, srcName, nullptr));
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+    CFRelease(srcName);
+
     // Failures: a stale source leaves nothing behind to lose, NULLs give false.
     EXPECT_FALSE(FSCopyFileFork(nullptr, &copied, &data));
     EXPECT_FALSE(FSWriteFileFork(&copied, &data, nullptr));
