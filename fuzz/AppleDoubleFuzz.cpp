@@ -15,10 +15,13 @@ extern "C" int LLVMFuzzerTestOneInput(const uint8_t *data, size_t size)
     AppleDoubleData parsed;
     if (!AppleDoubleFile::Parse(image, parsed))
         return 0;
+    // Finder information with a Mac's attribute tail is always written with a
+    // resource-fork entry beside it, empty when there was none.
+    const bool resourceEntry = parsed.hasResourceFork || (parsed.hasFinderInfo && !parsed.finderInfoTail.empty());
     AppleDoubleData again;
     if (!AppleDoubleFile::Parse(AppleDoubleFile::Build(parsed), again) ||
-        again.hasFinderInfo != parsed.hasFinderInfo || again.hasResourceFork != parsed.hasResourceFork ||
-        again.resourceFork != parsed.resourceFork ||
+        again.hasFinderInfo != parsed.hasFinderInfo || again.hasResourceFork != resourceEntry ||
+        again.resourceFork != parsed.resourceFork || again.finderInfoTail != parsed.finderInfoTail ||
         std::memcmp(again.finderInfo, parsed.finderInfo, sizeof parsed.finderInfo) != 0)
         std::abort();
     return 0;

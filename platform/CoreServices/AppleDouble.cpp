@@ -61,6 +61,16 @@ bool ReadAttribute(const std::string &path, const char *name, std::string &value
     return true;
 }
 
+// True when a Mac's attribute header in the tail lists at least one
+// attribute ("ATTR", then the count 34 bytes further on).
+bool TailHoldsAttributes(const std::string &tail)
+{
+    const size_t magic = tail.find("ATTR");
+    if (magic == std::string::npos || magic > 4 || tail.size() < magic + 36)
+        return false;
+    return tail[magic + 34] != 0 || tail[magic + 35] != 0;
+}
+
 bool AllZero(const UInt8 *bytes, size_t count)
 {
     for (size_t k = 0; k < count; ++k)
@@ -90,6 +100,8 @@ bool AppleDoubleFile::Parse(const std::string &image, AppleDoubleData &data)
         if (id == kFinderInfoEntry) {
             // A Mac writes more than 32 bytes here (extended attributes follow).
             std::memcpy(data.finderInfo, image.data() + offset, std::min<size_t>(length, 32));
+            if (length > 32)
+                data.finderInfoTail.assign(image, offset + 32, length - 32);
             data.hasFinderInfo = true;
         } else if (id == kResourceForkEntry) {
             data.resourceFork.assign(image, offset, length);
@@ -101,7 +113,12 @@ bool AppleDoubleFile::Parse(const std::string &image, AppleDoubleData &data)
 
 std::string AppleDoubleFile::Build(const AppleDoubleData &data)
 {
-    const size_t entries = (data.hasFinderInfo ? 1 : 0) + (data.hasResourceFork ? 1 : 0);
+    // A Mac's attributes in the tail count their offsets from the start of
+    // the companion, so the tail keeps both entries (the resource fork's
+    // possibly empty) and Finder information first, where a Mac puts them.
+    const bool macLayout = data.hasFinderInfo && !data.finderInfoTail.empty();
+    const bool resourceEntry = data.hasResourceFork || macLayout;
+    const size_t entries = (data.hasFinderInfo ? 1 : 0) + (resourceEntry ? 1 : 0);
     std::string image;
     AppendBigEndian32(image, kMagic);
     AppendBigEndian32(image, kVersion);
@@ -110,18 +127,21 @@ std::string AppleDoubleFile::Build(const AppleDoubleData &data)
     image += static_cast<char>(entries);
     UInt32 offset = static_cast<UInt32>(kHeaderLength + entries * kEntryLength);
     if (data.hasFinderInfo) {
+        const UInt32 length = static_cast<UInt32>(32 + data.finderInfoTail.size());
         AppendBigEndian32(image, kFinderInfoEntry);
         AppendBigEndian32(image, offset);
-        AppendBigEndian32(image, 32);
-        offset += 32;
+        AppendBigEndian32(image, length);
+        offset += length;
     }
-    if (data.hasResourceFork) {
+    if (resourceEntry) {
         AppendBigEndian32(image, kResourceForkEntry);
         AppendBigEndian32(image, offset);
         AppendBigEndian32(image, static_cast<UInt32>(data.resourceFork.size()));
     }
-    if (data.hasFinderInfo)
+    if (data.hasFinderInfo) {
         image.append(reinterpret_cast<const char *>(data.finderInfo), 32);
+        image += data.finderInfoTail;
+    }
     if (data.hasResourceFork)
         image += data.resourceFork;
     return image;
@@ -158,7 +178,8 @@ int AppleDoubleFile::Write(const std::string &itemPath, const AppleDoubleData &d
     const std::string companion = CompanionPath(itemPath);
     if (companion.empty())
         return EINVAL;
-    const bool keepFinderInfo = data.hasFinderInfo && !AllZero(data.finderInfo, 32);
+    const bool keepFinderInfo =
+        data.hasFinderInfo && (!AllZero(data.finderInfo, 32) || TailHoldsAttributes(data.finderInfoTail));
     const bool keepResourceFork = data.hasResourceFork && !data.resourceFork.empty();
     if (!keepFinderInfo && !keepResourceFork)
         return unlink(companion.c_str()) == 0 || errno == ENOENT ? 0 : errno;
