@@ -105,6 +105,21 @@ TEST(FSUtilities, NamesAndPathsInEveryForm)
     EXPECT_FALSE(FSGetChild(&parent, &child, tooLong));
     CFRelease(tooLong);
 
+    // The executable inside a bundle.
+    mkdir((folder / "Tool.app").c_str(), 0755);
+    mkdir((folder / "Tool.app/Contents").c_str(), 0755);
+    mkdir((folder / "Tool.app/Contents/MacOS").c_str(), 0755);
+    WriteFile(folder / "Tool.app/Contents/Info.plist",
+              "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+              "<key>CFBundleExecutable</key><string>Tool Exec</string></dict></plist>\n");
+    WriteFile(folder / "Tool.app/Contents/MacOS/Tool Exec", "#!/bin/sh\n");
+    chmod((folder / "Tool.app/Contents/MacOS/Tool Exec").c_str(), 0755);
+    const FSRef bundle = RefAt(folder / "Tool.app");
+    FSRef executable;
+    ASSERT_TRUE(FSBundleGetExecutableFSRef(&bundle, &executable));
+    EXPECT_EQ(folder / "Tool.app/Contents/MacOS/Tool Exec", PathOf(executable));
+    EXPECT_FALSE(FSBundleGetExecutableFSRef(&parent, nullptr));
+
     // A path of more than 1024 bytes does not fit the buffer.
     std::string deep = folder.Path();
     while (deep.size() <= 1024) {
