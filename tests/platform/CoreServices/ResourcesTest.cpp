@@ -208,8 +208,10 @@ TEST(Resources, ForkWithSeveralTypesIsWrittenInTheMacFormat)
     EXPECT_EQ(kText, type);
     EXPECT_EQ("Greet", std::string(reinterpret_cast<char *>(resName + 1), resName[0]));
     EXPECT_EQ(again, HomeResFile(greet));
-    AddResource(HandleOf("x"), kText, 200, nullptr);
+    Handle refused = HandleOf("x");
+    AddResource(refused, kText, 200, nullptr);
     EXPECT_EQ(addResFailed, ResError()); // opened for reading
+    DisposeHandle(refused);
     EXPECT_EQ(nullptr, Get1Resource(kText, 999));
     EXPECT_EQ(resNotFound, ResError());
     CloseResFile(again);
