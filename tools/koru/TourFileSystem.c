@@ -65,7 +65,7 @@ static bool RefAt(const char *path, FSRef *ref)
 
 static bool WriteAndReadVersion(const char *folder)
 {
-    char path[1024];
+    char path[1100];
     snprintf(path, sizeof path, "%s/Tour Tool", folder);
     FILE *file = fopen(path, "w");
     if (file == NULL)
