@@ -121,8 +121,14 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
         close(in);
         return KernelCopy::Failed;
     }
-    const int out = open(reinterpret_cast<char *>(destinationPath), O_WRONLY | O_TRUNC | O_CLOEXEC);
-    if (out < 0) {
+    // Truncate only a destination that holds bytes: ext4 writes a file back
+    // on close once it was truncated, which would make every copy into a new
+    // (empty) file wait for the disk.
+    const int out = open(reinterpret_cast<char *>(destinationPath), O_WRONLY | O_CLOEXEC);
+    struct stat existing;
+    if (out < 0 || fstat(out, &existing) != 0 || (existing.st_size > 0 && ftruncate(out, 0) != 0)) {
+        if (out >= 0)
+            close(out);
         close(in);
         return KernelCopy::Failed;
     }

@@ -164,13 +164,38 @@ AppleDoubleData AppleDoubleFile::Read(const std::string &itemPath)
 
 UInt64 AppleDoubleFile::ResourceForkLength(const std::string &itemPath)
 {
-    struct stat st;
     const std::string companion = CompanionPath(itemPath);
-    if (lstat(companion.c_str(), &st) != 0) {
+    const int fd = open(companion.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) {
+        if (errno != ENOENT)
+            return 0;
         const ssize_t length = lgetxattr(itemPath.c_str(), "user.org.netatalk.ResourceFork", nullptr, 0);
         return length > 0 ? static_cast<UInt64>(length) : 0;
     }
-    return Read(itemPath).resourceFork.size();
+    // Only the entry table is read: the fork itself may be large.  The entry
+    // is checked against the companion's size as Parse checks it.
+    std::string head(kHeaderLength + 16 * kEntryLength, '\0');
+    const ssize_t got = pread(fd, &head[0], head.size(), 0);
+    struct stat st;
+    const bool sized = fstat(fd, &st) == 0;
+    close(fd);
+    if (got < static_cast<ssize_t>(kHeaderLength) || !sized)
+        return 0;
+    head.resize(static_cast<size_t>(got));
+    if (BigEndian32(head, 0) != kMagic || BigEndian32(head, 4) != kVersion)
+        return 0;
+    const size_t entries = (size_t(static_cast<unsigned char>(head[24])) << 8) | static_cast<unsigned char>(head[25]);
+    if (entries > 16)
+        return Read(itemPath).resourceFork.size(); // an unusual companion: read it whole
+    UInt64 length = 0;
+    for (size_t k = 0; k < entries && kHeaderLength + (k + 1) * kEntryLength <= head.size(); ++k) {
+        const size_t at = kHeaderLength + k * kEntryLength;
+        const UInt64 offset = BigEndian32(head, at + 4), size = BigEndian32(head, at + 8);
+        if (BigEndian32(head, at) == kResourceForkEntry && offset <= UInt64(st.st_size) &&
+            size <= UInt64(st.st_size) - offset)
+            length = size;
+    }
+    return length;
 }
 
 int AppleDoubleFile::Write(const std::string &itemPath, const AppleDoubleData &data)

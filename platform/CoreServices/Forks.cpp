@@ -288,8 +288,15 @@ extern "C" OSErr FSDeleteFork(const FSRef *ref, UniCharCount forkNameLength, con
             return status;
         if (Forks().OpenForWriting(kind, node.st.st_dev, node.st.st_ino))
             return fBsyErr;
-        if (kind == ForkKind::Data)
+        if (kind == ForkKind::Data) {
+            // An empty file is left alone: ext4 writes a truncated file back
+            // to disk when it is next closed.
+            if (node.st.st_size == 0)
+                return noErr;
             return truncate(node.path.c_str(), 0) == 0 ? OSErr(noErr) : StatusFromErrno(errno);
+        }
+        if (AppleDoubleFile::ResourceForkLength(node.path) == 0)
+            return noErr; // nothing to delete, and no companion to rewrite
         return StoreResourceFork(node.path, std::string());
     } catch (...) {
         return memFullErr;
