@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <map>
+#include <sys/xattr.h>
 
 namespace {
 
@@ -161,6 +162,23 @@ TEST(Forks, DeletingTheResourceForkKeepsFinderInformation)
     std::memset(info.finderInfo, 0, sizeof info.finderInfo);
     ASSERT_EQ(noErr, FSSetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info));
     EXPECT_FALSE(Exists(folder / "._doc"));
+}
+
+TEST(Forks, NetatalkResourceForkReadsWhenThereIsNoCompanion)
+{
+    TemporaryFolder folder;
+    WriteFile(folder / "shared", "x");
+    if (setxattr((folder / "shared").c_str(), "user.org.netatalk.ResourceFork", "from netatalk", 13, 0) != 0)
+        GTEST_SKIP() << "this file system keeps no user attributes";
+    const FSRef ref = RefAt(folder / "shared");
+    EXPECT_EQ("from netatalk", ReadAll(ref, Fork::Resource()));
+    // Writing moves the fork into a companion, which then wins.
+    FSIORefNum refNum = 0;
+    ASSERT_EQ(noErr, Open(ref, Fork::Resource(), fsRdWrPerm, refNum));
+    ASSERT_EQ(noErr, FSWriteFork(refNum, fsFromLEOF, 0, 1, "!", nullptr));
+    ASSERT_EQ(noErr, FSCloseFork(refNum));
+    EXPECT_EQ("from netatalk!", CompanionEntries(ReadFile(folder / "._shared"))[2]);
+    EXPECT_EQ("from netatalk!", ReadAll(ref, Fork::Resource()));
 }
 
 TEST(Forks, DataForkIsTheFile)
