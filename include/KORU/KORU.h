@@ -16,6 +16,7 @@
 #include <KORU/LogSupport.h>
 #include <KORU/CFStringUtilities.h>
 #include <KORU/CFURLUtilities.h>
+#include <KORU/FSUtilities.h>
 #include <KORU/AppleEventUtilities.h>
 
 /* The class layer. */

@@ -9,6 +9,7 @@
 #include <cstring>
 #include <fstream>
 #include <string>
+#include <vector>
 
 #include <dirent.h>
 #include <sys/stat.h>
@@ -292,4 +293,226 @@ extern "C" OSStatus GetProcessForPID(pid_t pid, ProcessSerialNumber *psn)
         return procNotFound;
     *psn = NumberOf(pid);
     return noErr;
+}
+
+namespace {
+
+constexpr OSType kApplicationType = 0x4150504C; // 'APPL'
+constexpr OSType kUnknownSignature = 0x3F3F3F3F; // '????'
+
+/* What /proc/<pid>/stat says: parent, CPU ticks, start ticks, resident pages. */
+struct ProcessStat {
+    pid_t parent = 0;
+    unsigned long long cpuTicks = 0;
+    unsigned long long startTicks = 0;
+    long residentPages = 0;
+};
+
+bool ReadStat(pid_t pid, ProcessStat &stat)
+{
+    std::ifstream file(ProcFolder(pid) + "/stat");
+    std::string line;
+    if (!std::getline(file, line))
+        return false;
+    // The name in parentheses may hold spaces and parentheses: skip to the last ')'.
+    const std::string::size_type close = line.rfind(')');
+    if (close == std::string::npos)
+        return false;
+    std::vector<std::string> fields;
+    std::string field;
+    for (std::string::size_type k = close + 2; k <= line.size(); ++k) {
+        if (k == line.size() || line[k] == ' ') {
+            fields.push_back(field);
+            field.clear();
+        } else {
+            field += line[k];
+        }
+    }
+    // fields[0] is the state (field 3 of the record).
+    if (fields.size() < 22)
+        return false;
+    stat.parent = static_cast<pid_t>(std::strtol(fields[1].c_str(), nullptr, 10));
+    stat.cpuTicks = std::strtoull(fields[11].c_str(), nullptr, 10) + std::strtoull(fields[12].c_str(), nullptr, 10);
+    stat.startTicks = std::strtoull(fields[19].c_str(), nullptr, 10);
+    stat.residentPages = std::strtol(fields[21].c_str(), nullptr, 10);
+    return true;
+}
+
+/* Kernel clock ticks as Mac ticks (1/60 s). */
+UInt32 MacTicks(unsigned long long clockTicks)
+{
+    const long perSecond = sysconf(_SC_CLK_TCK) > 0 ? sysconf(_SC_CLK_TCK) : 100;
+    return static_cast<UInt32>(clockTicks * 60 / static_cast<unsigned long long>(perSecond));
+}
+
+std::string TextOf(CFStringRef string)
+{
+    if (string == nullptr)
+        return std::string();
+    char buffer[1024];
+    return CFStringGetCString(string, buffer, sizeof buffer, kCFStringEncodingUTF8) ? buffer : "";
+}
+
+/* What the bundle around an executable says about it. */
+struct BundleFacts {
+    std::string executable;
+    std::string location;
+    bool isBundle = false;
+    std::string identifier;
+    OSType signature = kUnknownSignature;
+};
+
+BundleFacts FactsOf(pid_t pid)
+{
+    BundleFacts facts;
+    facts.executable = ExecutablePath(pid);
+    if (facts.executable.empty())
+        return facts;
+    facts.location = BundleLocation(facts.executable);
+    facts.isBundle = facts.location != facts.executable;
+    if (!facts.isBundle)
+        return facts;
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(
+        kCFAllocatorDefault, reinterpret_cast<const UInt8 *>(facts.location.c_str()),
+        static_cast<CFIndex>(facts.location.size()), true);
+    if (url == nullptr)
+        return facts;
+    if (CFBundleRef bundle = CFBundleCreate(kCFAllocatorDefault, url)) {
+        CFTypeRef identifier = CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleIdentifier"));
+        if (identifier != nullptr && CFGetTypeID(identifier) == CFStringGetTypeID())
+            facts.identifier = TextOf(static_cast<CFStringRef>(identifier));
+        CFTypeRef signature = CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleSignature"));
+        if (signature != nullptr && CFGetTypeID(signature) == CFStringGetTypeID()) {
+            const std::string text = TextOf(static_cast<CFStringRef>(signature));
+            if (text.size() == 4)
+                facts.signature = (OSType(UInt8(text[0])) << 24) | (OSType(UInt8(text[1])) << 16) |
+                                  (OSType(UInt8(text[2])) << 8) | OSType(UInt8(text[3]));
+        }
+        CFRelease(bundle);
+    }
+    CFRelease(url);
+    return facts;
+}
+
+std::string CodeText(OSType code)
+{
+    std::string text;
+    for (int shift = 24; shift >= 0; shift -= 8)
+        text += static_cast<char>((code >> shift) & 0xFF);
+    return text;
+}
+
+void SetString(CFMutableDictionaryRef dictionary, CFStringRef key, const std::string &value)
+{
+    CFStringRef string = CreateString(value);
+    if (string != nullptr) {
+        CFDictionarySetValue(dictionary, key, string);
+        CFRelease(string);
+    }
+}
+
+void SetNumber(CFMutableDictionaryRef dictionary, CFStringRef key, long long value)
+{
+    CFNumberRef number = CFNumberCreate(kCFAllocatorDefault, kCFNumberLongLongType, &value);
+    if (number != nullptr) {
+        CFDictionarySetValue(dictionary, key, number);
+        CFRelease(number);
+    }
+}
+
+} // namespace
+
+extern "C" OSErr GetProcessInformation(const ProcessSerialNumber *PSN, ProcessInfoRec *info)
+{
+    if (PSN == nullptr || info == nullptr || info->processInfoLength < sizeof(ProcessInfoRec))
+        return paramErr;
+    try {
+        pid_t pid = 0;
+        ProcessStat stat;
+        if (!RunningPID(PSN, &pid) || !ReadStat(pid, stat))
+            return procNotFound;
+        const BundleFacts facts = FactsOf(pid);
+        if (info->processName != nullptr) {
+            CFStringRef name = nullptr;
+            std::string text;
+            if (CopyProcessName(PSN, &name) == noErr) {
+                text = TextOf(name);
+                CFRelease(name);
+            }
+            if (text.size() > 31)
+                text.resize(31);
+            info->processName[0] = static_cast<unsigned char>(text.size());
+            std::memcpy(info->processName + 1, text.data(), text.size());
+        }
+        info->processNumber = NumberOf(pid);
+        info->processType = kApplicationType;
+        info->processSignature = facts.signature;
+        info->processMode = facts.isBundle ? UInt32(modeCanBackground) : UInt32(modeOnlyBackground);
+        info->processLocation = nullptr;
+        const long pageSize = sysconf(_SC_PAGESIZE);
+        const unsigned long long resident = static_cast<unsigned long long>(stat.residentPages) *
+                                            static_cast<unsigned long long>(pageSize > 0 ? pageSize : 4096);
+        info->processSize = resident > 0xFFFFFFFFull ? 0xFFFFFFFFu : static_cast<UInt32>(resident);
+        info->processFreeMem = 0;
+        info->processLauncher = ProcessExists(stat.parent) ? NumberOf(stat.parent) : ProcessSerialNumber{0, 0};
+        info->processLaunchDate = MacTicks(stat.startTicks);
+        info->processActiveTime = MacTicks(stat.cpuTicks);
+#if __LP64__
+        if (info->processAppRef != nullptr &&
+            FSPathMakeRef(reinterpret_cast<const UInt8 *>(facts.location.c_str()), info->processAppRef, nullptr) != noErr)
+            std::memset(info->processAppRef, 0, sizeof *info->processAppRef);
+#else
+        if (info->processAppSpec != nullptr) {
+            FSRef location;
+            std::memset(info->processAppSpec, 0, sizeof *info->processAppSpec);
+            if (FSPathMakeRef(reinterpret_cast<const UInt8 *>(facts.location.c_str()), &location, nullptr) == noErr)
+                FSGetCatalogInfo(&location, kFSCatInfoNone, nullptr, nullptr, info->processAppSpec, nullptr);
+        }
+#endif
+        return noErr;
+    } catch (...) {
+        return procNotFound;
+    }
+}
+
+extern "C" CFDictionaryRef ProcessInformationCopyDictionary(const ProcessSerialNumber *PSN, UInt32)
+{
+    if (PSN == nullptr)
+        return nullptr;
+    CFMutableDictionaryRef dictionary = nullptr;
+    try {
+        pid_t pid = 0;
+        ProcessStat stat;
+        if (!RunningPID(PSN, &pid) || !ReadStat(pid, stat))
+            return nullptr;
+        const BundleFacts facts = FactsOf(pid);
+        dictionary = CFDictionaryCreateMutable(kCFAllocatorDefault, 0, &kCFTypeDictionaryKeyCallBacks,
+                                               &kCFTypeDictionaryValueCallBacks);
+        if (dictionary == nullptr)
+            return nullptr;
+        SetNumber(dictionary, CFSTR("PSN"), static_cast<long long>(pid));
+        SetNumber(dictionary, CFSTR("pid"), static_cast<long long>(pid));
+        if (ProcessExists(stat.parent))
+            SetNumber(dictionary, CFSTR("ParentPSN"), static_cast<long long>(stat.parent));
+        CFStringRef name = nullptr;
+        if (CopyProcessName(PSN, &name) == noErr) {
+            CFDictionarySetValue(dictionary, CFSTR("CFBundleName"), name);
+            CFRelease(name);
+        }
+        if (!facts.executable.empty()) {
+            SetString(dictionary, CFSTR("CFBundleExecutable"), facts.executable);
+            SetString(dictionary, CFSTR("BundlePath"), facts.location);
+        }
+        if (!facts.identifier.empty())
+            SetString(dictionary, CFSTR("CFBundleIdentifier"), facts.identifier);
+        SetString(dictionary, CFSTR("FileType"), CodeText(kApplicationType));
+        SetString(dictionary, CFSTR("FileCreator"), CodeText(facts.signature));
+        CFDictionarySetValue(dictionary, CFSTR("LSBackgroundOnly"), facts.isBundle ? kCFBooleanFalse : kCFBooleanTrue);
+        CFDictionarySetValue(dictionary, CFSTR("IsHiddenAttr"), kCFBooleanFalse);
+        return dictionary;
+    } catch (...) {
+        if (dictionary != nullptr)
+            CFRelease(dictionary);
+        return nullptr;
+    }
 }

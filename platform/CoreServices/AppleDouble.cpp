@@ -61,6 +61,16 @@ bool ReadAttribute(const std::string &path, const char *name, std::string &value
     return true;
 }
 
+// True when a Mac's attribute header in the tail lists at least one
+// attribute ("ATTR", then the count 34 bytes further on).
+bool TailHoldsAttributes(const std::string &tail)
+{
+    const size_t magic = tail.find("ATTR");
+    if (magic == std::string::npos || magic > 4 || tail.size() < magic + 36)
+        return false;
+    return tail[magic + 34] != 0 || tail[magic + 35] != 0;
+}
+
 bool AllZero(const UInt8 *bytes, size_t count)
 {
     for (size_t k = 0; k < count; ++k)
@@ -90,6 +100,8 @@ bool AppleDoubleFile::Parse(const std::string &image, AppleDoubleData &data)
         if (id == kFinderInfoEntry) {
             // A Mac writes more than 32 bytes here (extended attributes follow).
             std::memcpy(data.finderInfo, image.data() + offset, std::min<size_t>(length, 32));
+            if (length > 32)
+                data.finderInfoTail.assign(image, offset + 32, length - 32);
             data.hasFinderInfo = true;
         } else if (id == kResourceForkEntry) {
             data.resourceFork.assign(image, offset, length);
@@ -101,7 +113,12 @@ bool AppleDoubleFile::Parse(const std::string &image, AppleDoubleData &data)
 
 std::string AppleDoubleFile::Build(const AppleDoubleData &data)
 {
-    const size_t entries = (data.hasFinderInfo ? 1 : 0) + (data.hasResourceFork ? 1 : 0);
+    // A Mac's attributes in the tail count their offsets from the start of
+    // the companion, so the tail keeps both entries (the resource fork's
+    // possibly empty) and Finder information first, where a Mac puts them.
+    const bool macLayout = data.hasFinderInfo && !data.finderInfoTail.empty();
+    const bool resourceEntry = data.hasResourceFork || macLayout;
+    const size_t entries = (data.hasFinderInfo ? 1 : 0) + (resourceEntry ? 1 : 0);
     std::string image;
     AppendBigEndian32(image, kMagic);
     AppendBigEndian32(image, kVersion);
@@ -110,18 +127,21 @@ std::string AppleDoubleFile::Build(const AppleDoubleData &data)
     image += static_cast<char>(entries);
     UInt32 offset = static_cast<UInt32>(kHeaderLength + entries * kEntryLength);
     if (data.hasFinderInfo) {
+        const UInt32 length = static_cast<UInt32>(32 + data.finderInfoTail.size());
         AppendBigEndian32(image, kFinderInfoEntry);
         AppendBigEndian32(image, offset);
-        AppendBigEndian32(image, 32);
-        offset += 32;
+        AppendBigEndian32(image, length);
+        offset += length;
     }
-    if (data.hasResourceFork) {
+    if (resourceEntry) {
         AppendBigEndian32(image, kResourceForkEntry);
         AppendBigEndian32(image, offset);
         AppendBigEndian32(image, static_cast<UInt32>(data.resourceFork.size()));
     }
-    if (data.hasFinderInfo)
+    if (data.hasFinderInfo) {
         image.append(reinterpret_cast<const char *>(data.finderInfo), 32);
+        image += data.finderInfoTail;
+    }
     if (data.hasResourceFork)
         image += data.resourceFork;
     return image;
@@ -144,13 +164,38 @@ AppleDoubleData AppleDoubleFile::Read(const std::string &itemPath)
 
 UInt64 AppleDoubleFile::ResourceForkLength(const std::string &itemPath)
 {
-    struct stat st;
     const std::string companion = CompanionPath(itemPath);
-    if (lstat(companion.c_str(), &st) != 0) {
+    const int fd = open(companion.c_str(), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
+    if (fd < 0) {
+        if (errno != ENOENT)
+            return 0;
         const ssize_t length = lgetxattr(itemPath.c_str(), "user.org.netatalk.ResourceFork", nullptr, 0);
         return length > 0 ? static_cast<UInt64>(length) : 0;
     }
-    return Read(itemPath).resourceFork.size();
+    // Only the entry table is read: the fork itself may be large.  The entry
+    // is checked against the companion's size as Parse checks it.
+    std::string head(kHeaderLength + 16 * kEntryLength, '\0');
+    const ssize_t got = pread(fd, &head[0], head.size(), 0);
+    struct stat st;
+    const bool sized = fstat(fd, &st) == 0;
+    close(fd);
+    if (got < static_cast<ssize_t>(kHeaderLength) || !sized)
+        return 0;
+    head.resize(static_cast<size_t>(got));
+    if (BigEndian32(head, 0) != kMagic || BigEndian32(head, 4) != kVersion)
+        return 0;
+    const size_t entries = (size_t(static_cast<unsigned char>(head[24])) << 8) | static_cast<unsigned char>(head[25]);
+    if (entries > 16)
+        return Read(itemPath).resourceFork.size(); // an unusual companion: read it whole
+    UInt64 length = 0;
+    for (size_t k = 0; k < entries && kHeaderLength + (k + 1) * kEntryLength <= head.size(); ++k) {
+        const size_t at = kHeaderLength + k * kEntryLength;
+        const UInt64 offset = BigEndian32(head, at + 4), size = BigEndian32(head, at + 8);
+        if (BigEndian32(head, at) == kResourceForkEntry && offset <= UInt64(st.st_size) &&
+            size <= UInt64(st.st_size) - offset)
+            length = size;
+    }
+    return length;
 }
 
 int AppleDoubleFile::Write(const std::string &itemPath, const AppleDoubleData &data)
@@ -158,11 +203,14 @@ int AppleDoubleFile::Write(const std::string &itemPath, const AppleDoubleData &d
     const std::string companion = CompanionPath(itemPath);
     if (companion.empty())
         return EINVAL;
-    const bool keepFinderInfo = data.hasFinderInfo && !AllZero(data.finderInfo, 32);
-    if (!keepFinderInfo && !data.hasResourceFork)
+    const bool keepFinderInfo =
+        data.hasFinderInfo && (!AllZero(data.finderInfo, 32) || TailHoldsAttributes(data.finderInfoTail));
+    const bool keepResourceFork = data.hasResourceFork && !data.resourceFork.empty();
+    if (!keepFinderInfo && !keepResourceFork)
         return unlink(companion.c_str()) == 0 || errno == ENOENT ? 0 : errno;
     AppleDoubleData stored = data;
     stored.hasFinderInfo = keepFinderInfo;
+    stored.hasResourceFork = keepResourceFork;
     const std::string image = Build(stored);
     // Write beside the companion and rename over it, so that a failed write
     // never leaves a half companion that loses the old one.

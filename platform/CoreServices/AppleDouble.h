@@ -17,6 +17,10 @@ namespace filemanager {
 struct AppleDoubleData {
     bool hasFinderInfo = false;
     UInt8 finderInfo[32] = {}; /* as stored: big-endian */
+    /* What a Mac keeps after the 32 bytes of entry 9 (its extended
+     * attributes, whose offsets count from the start of the companion):
+     * kept byte for byte, with entry 9 left at the offset a Mac gives it. */
+    std::string finderInfoTail;
     bool hasResourceFork = false;
     std::string resourceFork;
 };
@@ -37,7 +41,7 @@ public:
 
     /* Stores data for the item, or removes the companion when data holds
      * neither Finder information (all zero counts as none) nor a resource
-     * fork.  Returns an errno value, 0 on success. */
+     * fork (an empty one counts as none).  Returns an errno value, 0 on success. */
     static int Write(const std::string &itemPath, const AppleDoubleData &data);
 };
 

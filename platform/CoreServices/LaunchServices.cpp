@@ -438,3 +438,53 @@ extern "C" OSStatus LSOpenCFURLRef(CFURLRef inURL, CFURLRef *outLaunchedURL)
     CFRelease(items);
     return status;
 }
+
+namespace {
+
+CFURLRef CreateURLOfRef(const FSRef *ref)
+{
+    return ref ? CFURLCreateFromFSRef(kCFAllocatorDefault, ref) : nullptr;
+}
+
+} // namespace
+
+extern "C" OSStatus LSOpenFromRefSpec(const LSLaunchFSRefSpec *inLaunchSpec, FSRef *outLaunchedRef)
+{
+    if (outLaunchedRef != nullptr)
+        std::memset(outLaunchedRef, 0, sizeof *outLaunchedRef);
+    if (inLaunchSpec == nullptr || (inLaunchSpec->numDocs > 0 && inLaunchSpec->itemRefs == nullptr))
+        return paramErr;
+    try {
+        CFOwner app(inLaunchSpec->appRef ? CreateURLOfRef(inLaunchSpec->appRef) : nullptr);
+        if (inLaunchSpec->appRef != nullptr && app.get() == nullptr)
+            return fnfErr;
+        CFOwner items(inLaunchSpec->numDocs > 0
+                          ? CFArrayCreateMutable(kCFAllocatorDefault, 0, &kCFTypeArrayCallBacks)
+                          : nullptr);
+        for (ItemCount k = 0; k < inLaunchSpec->numDocs; ++k) {
+            CFOwner url(CreateURLOfRef(&inLaunchSpec->itemRefs[k]));
+            if (url.get() == nullptr)
+                return fnfErr;
+            CFArrayAppendValue(static_cast<CFMutableArrayRef>(const_cast<void *>(items.get())), url.get());
+        }
+        LSLaunchURLSpec urlSpec = {static_cast<CFURLRef>(app.get()), static_cast<CFArrayRef>(items.get()),
+                                   inLaunchSpec->passThruParams, inLaunchSpec->launchFlags,
+                                   inLaunchSpec->asyncRefCon};
+        const OSStatus status = LSOpenFromURLSpec(&urlSpec, nullptr);
+        if (status == noErr && outLaunchedRef != nullptr && inLaunchSpec->appRef != nullptr)
+            *outLaunchedRef = *inLaunchSpec->appRef;
+        return status;
+    } catch (...) {
+        return memFullErr;
+    }
+}
+
+extern "C" OSStatus LSOpenFSRef(const FSRef *inRef, FSRef *outLaunchedRef)
+{
+    if (outLaunchedRef != nullptr)
+        std::memset(outLaunchedRef, 0, sizeof *outLaunchedRef);
+    if (inRef == nullptr)
+        return paramErr;
+    LSLaunchFSRefSpec spec = {nullptr, 1, inRef, nullptr, kLSLaunchDefaults, nullptr};
+    return LSOpenFromRefSpec(&spec, outLaunchedRef);
+}

@@ -228,3 +228,61 @@ TEST_F(ProcessesTest, BadArgumentsAreRefused)
     EXPECT_EQ(procNotFound, GetProcessPID(&none, &pid));
     EXPECT_EQ(procNotFound, GetProcessForPID(-5, &psn));
 }
+
+TEST_F(ProcessesTest, InformationRecordAndDictionary)
+{
+    std::string app = mRoot + "/Info.app";
+    fs::create_directories(app + "/Contents");
+    std::ofstream(app + "/Contents/Info.plist")
+        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
+           "<key>CFBundleName</key><string>A rather long process name over 31</string>"
+           "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
+           "<key>CFBundleSignature</key><string>INFO</string>"
+           "<key>CFBundleExecutable</key><string>Info</string></dict></plist>\n";
+    SleepingChild child(app + "/Contents/MacOS/Info");
+    ASSERT_NE(0, child.pid());
+
+    ProcessSerialNumber psn = child.number();
+    ProcessInfoRec info{};
+    Str31 name;
+    FSRef location;
+    info.processInfoLength = sizeof info;
+    info.processName = name;
+    info.processAppRef = &location;
+    ASSERT_EQ(noErr, GetProcessInformation(&psn, &info));
+    EXPECT_EQ("A rather long process name over", std::string(reinterpret_cast<char *>(name + 1), name[0]));
+    EXPECT_EQ(psn.lowLongOfPSN, info.processNumber.lowLongOfPSN);
+    EXPECT_EQ(0x4150504Cu, info.processType);      // 'APPL'
+    EXPECT_EQ(0x494E464Fu, info.processSignature); // 'INFO'
+    EXPECT_EQ(static_cast<UInt32>(getpid()), info.processLauncher.lowLongOfPSN);
+    UInt8 path[1024];
+    ASSERT_EQ(noErr, FSRefMakePath(&location, path, sizeof path));
+    EXPECT_EQ(app, reinterpret_cast<char *>(path));
+
+    CFDictionaryRef dictionary = ProcessInformationCopyDictionary(&psn, kProcessDictionaryIncludeAllInformationMask);
+    ASSERT_NE(nullptr, dictionary);
+    auto text = [&](CFStringRef key) {
+        CFTypeRef value = CFDictionaryGetValue(dictionary, key);
+        char buffer[1024] = "<none>";
+        if (value != nullptr && CFGetTypeID(value) == CFStringGetTypeID())
+            CFStringGetCString(static_cast<CFStringRef>(value), buffer, sizeof buffer, kCFStringEncodingUTF8);
+        return std::string(buffer);
+    };
+    EXPECT_EQ("org.koru.info", text(CFSTR("CFBundleIdentifier")));
+    EXPECT_EQ(app, text(CFSTR("BundlePath")));
+    EXPECT_EQ(app + "/Contents/MacOS/Info", text(CFSTR("CFBundleExecutable")));
+    EXPECT_EQ("INFO", text(CFSTR("FileCreator")));
+    long long pid = 0;
+    CFNumberGetValue(static_cast<CFNumberRef>(CFDictionaryGetValue(dictionary, CFSTR("pid"))),
+                     kCFNumberLongLongType, &pid);
+    EXPECT_EQ(child.pid(), pid);
+    EXPECT_EQ(kCFBooleanFalse, CFDictionaryGetValue(dictionary, CFSTR("LSBackgroundOnly")));
+    CFRelease(dictionary);
+
+    child.stop();
+    EXPECT_EQ(procNotFound, GetProcessInformation(&psn, &info));
+    EXPECT_EQ(nullptr, ProcessInformationCopyDictionary(&psn, 0));
+    info.processInfoLength = 4;
+    EXPECT_EQ(paramErr, GetProcessInformation(&psn, &info));
+    EXPECT_EQ(nullptr, ProcessInformationCopyDictionary(nullptr, 0));
+}

@@ -69,6 +69,11 @@ TEST(AppleDouble, ReadsCompanionsWrittenByAMac)
     EXPECT_EQ(0x54455854u, FinderInfoOf(report, &info).fileType);
     EXPECT_EQ(300u, info.rsrcLogicalSize);
     EXPECT_NE(std::string::npos, ReadFile(folder / "._Report").find(std::string(300, 'r')));
+    // The Mac's attribute block after the Finder information stays where it was.
+    const std::string rewritten = ReadFile(folder / "._Report");
+    ASSERT_GT(rewritten.size(), 86u);
+    EXPECT_EQ("ATTR", rewritten.substr(50 + 32, 4));
+    EXPECT_EQ(std::string("TEXT"), rewritten.substr(50, 4));
 
     // A damaged companion reads as no information at all.
     WriteFile(folder / "._Report", "not an AppleDouble file");
@@ -122,6 +127,35 @@ TEST(AppleDouble, CompanionsTravelWithTheirItem)
     EXPECT_FALSE(Exists(folder / "dest/._renamed"));
     // The folder is empty now, so it goes too.
     EXPECT_EQ(noErr, FSDeleteObject(&dest));
+}
+
+} // namespace
+
+namespace {
+
+TEST(AppleDouble, MacAttributesKeepACompanionAlive)
+{
+    TemporaryFolder folder;
+    WriteFile(folder / "tagged", "x");
+    // Zero Finder information, an attribute header that lists one attribute.
+    std::string companion = MacCompanion(std::string(32, '\0'), "fork");
+    companion[50 + 32 + 34] = 0;
+    companion[50 + 32 + 35] = 1;
+    WriteFile(folder / "._tagged", companion);
+    const FSRef ref = RefAt(folder / "tagged");
+    HFSUniStr255 resource;
+    FSGetResourceForkName(&resource);
+    ASSERT_EQ(noErr, FSDeleteFork(&ref, resource.length, resource.unicode));
+    ASSERT_TRUE(Exists(folder / "._tagged"));
+    const std::string kept = ReadFile(folder / "._tagged");
+    EXPECT_EQ(companion.substr(0, 50 + 3810), kept.substr(0, 50 + 3810).replace(0, 50, companion.substr(0, 50)));
+    EXPECT_EQ(std::string::npos, kept.find("fork"));
+
+    // Without attributes, zero Finder information keeps nothing.
+    companion[50 + 32 + 35] = 0;
+    WriteFile(folder / "._tagged", companion);
+    ASSERT_EQ(noErr, FSDeleteFork(&ref, resource.length, resource.unicode));
+    EXPECT_FALSE(Exists(folder / "._tagged"));
 }
 
 } // namespace

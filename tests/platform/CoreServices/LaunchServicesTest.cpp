@@ -199,3 +199,95 @@ TEST_F(LaunchServicesTest, BadSpecificationsAreRefused)
     EXPECT_EQ(kLSApplicationNotFoundErr, Open(FileURL(root_ + "/NoSuch.app", true), nullptr, kLSLaunchDefaults));
     EXPECT_EQ("", RecordText());
 }
+
+namespace {
+
+FSRef RefOf(const std::string &path)
+{
+    FSRef ref{};
+    FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr);
+    return ref;
+}
+
+std::string PathOfRef(const FSRef &ref)
+{
+    UInt8 path[4096];
+    return FSRefMakePath(&ref, path, sizeof path) == noErr ? reinterpret_cast<char *>(path) : "<none>";
+}
+
+} // namespace
+
+TEST_F(LaunchServicesTest, ApplicationsFoundForItemsAndByIdentity)
+{
+    const std::string document = root_ + "/note with space.txt";
+    Write(document, "plain words\n");
+    const FSRef item = RefOf(document);
+    FSRef app;
+    CFURLRef appURL = nullptr;
+    ASSERT_EQ(noErr, LSGetApplicationForItem(&item, kLSRolesAll, &app, &appURL));
+    EXPECT_EQ(desktopFile_, PathOfRef(app));
+    ASSERT_NE(nullptr, appURL);
+    owned_.push_back(appURL);
+
+    // A GNUstep application bundle with a signature and an identifier.
+    SetEnvironment("GNUSTEP_USER_ROOT", root_ + "/gnustep");
+    const std::string bundle = root_ + "/gnustep/Applications/Tool Box.app";
+    std::system(("mkdir -p '" + bundle + "/Resources'").c_str());
+    Write(bundle + "/Resources/Info-gnustep.plist",
+          "{ CFBundleIdentifier = \"org.koru.toolbox\"; CFBundleSignature = \"TBOX\"; CFBundleName = \"Tool Box\"; "
+          "CFBundleExecutable = \"Tool Box\"; }\n");
+    EXPECT_EQ(noErr, LSFindApplicationForInfo(0x54424F58, nullptr, nullptr, &app, nullptr)); // 'TBOX'
+    EXPECT_EQ(bundle, PathOfRef(app));
+    EXPECT_EQ(noErr, LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("org.koru.toolbox"), nullptr, &app, nullptr));
+    EXPECT_EQ(bundle, PathOfRef(app));
+    EXPECT_EQ(noErr, LSFindApplicationForInfo(kLSUnknownCreator, nullptr, CFSTR("Tool Box"), &app, nullptr));
+    EXPECT_EQ(bundle, PathOfRef(app));
+    EXPECT_EQ(kLSApplicationNotFoundErr,
+              LSFindApplicationForInfo(0x54424F58, CFSTR("org.koru.other"), nullptr, &app, nullptr)); // all must match
+    EXPECT_EQ(noErr, LSFindApplicationForInfo(kLSUnknownCreator, CFSTR("koru-recorder"), nullptr, nullptr, &appURL));
+    owned_.push_back(appURL);
+    EXPECT_EQ(noErr, LSFindApplicationForInfo(kLSUnknownCreator, nullptr, CFSTR("KORU Recorder"), &app, nullptr));
+    EXPECT_EQ(desktopFile_, PathOfRef(app));
+    EXPECT_EQ(paramErr, LSFindApplicationForInfo(kLSUnknownCreator, nullptr, nullptr, &app, nullptr));
+    EXPECT_EQ(paramErr, LSGetApplicationForItem(nullptr, kLSRolesAll, &app, nullptr));
+
+    // Opening through refs reaches the same application.
+    const FSRef recorder = RefOf(desktopFile_);
+    LSLaunchFSRefSpec spec = {&recorder, 1, &item, nullptr, kLSLaunchDefaults, nullptr};
+    FSRef launched;
+    ASSERT_EQ(noErr, LSOpenFromRefSpec(&spec, &launched));
+    EXPECT_EQ(desktopFile_, PathOfRef(launched));
+    EXPECT_TRUE(RecordHasLine(document));
+    spec.itemRefs = nullptr;
+    EXPECT_EQ(paramErr, LSOpenFromRefSpec(&spec, nullptr));
+}
+
+TEST_F(LaunchServicesTest, ItemInformationFlags)
+{
+    const std::string tool = root_ + "/tool", link = root_ + "/link";
+    Write(tool, "#!/bin/sh\n");
+    chmod(tool.c_str(), 0755);
+    symlink(tool.c_str(), link.c_str());
+    LSItemInfoRecord info;
+    const FSRef toolRef = RefOf(tool);
+    ASSERT_EQ(noErr, LSCopyItemInfoForRef(&toolRef, kLSRequestAllFlags, &info));
+    EXPECT_EQ(UInt32(kLSItemInfoIsPlainFile | kLSItemInfoIsApplication), info.flags);
+
+    FSRef folder = RefOf(root_), linkRef;
+    const std::u16string name = u"link";
+    ASSERT_EQ(noErr, FSMakeFSRefUnicode(&folder, name.size(), reinterpret_cast<const UniChar *>(name.data()), 0, &linkRef));
+    ASSERT_EQ(noErr, LSCopyItemInfoForRef(&linkRef, kLSRequestAllFlags, &info));
+    EXPECT_EQ(UInt32(kLSItemInfoIsSymlink | kLSItemInfoIsAliasFile), info.flags);
+    ASSERT_EQ(noErr, LSCopyItemInfoForRef(&folder, kLSRequestAllFlags | kLSRequestTypeCreator, &info));
+    EXPECT_EQ(UInt32(kLSItemInfoIsContainer), info.flags);
+    EXPECT_EQ(0x666F6C64u, info.filetype); // 'fold'
+
+    CFURLRef desktopURL = FileURL(desktopFile_);
+    ASSERT_EQ(noErr, LSCopyItemInfoForURL(desktopURL, kLSRequestAllFlags | kLSRequestExtension, &info));
+    EXPECT_EQ(UInt32(kLSItemInfoIsPlainFile | kLSItemInfoIsApplication), info.flags);
+    ASSERT_NE(nullptr, info.extension);
+    EXPECT_EQ(kCFCompareEqualTo, CFStringCompare(info.extension, CFSTR("desktop"), 0));
+    CFRelease(info.extension);
+    EXPECT_EQ(fnfErr, LSCopyItemInfoForURL(FileURL(root_ + "/missing"), kLSRequestAllFlags, &info));
+    EXPECT_EQ(paramErr, LSCopyItemInfoForRef(nullptr, kLSRequestAllFlags, &info));
+}

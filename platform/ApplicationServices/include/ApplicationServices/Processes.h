@@ -69,6 +69,48 @@ OSStatus GetProcessBundleLocation(const ProcessSerialNumber *psn, FSRef *locatio
 OSStatus GetProcessPID(const ProcessSerialNumber *psn, pid_t *pid);
 OSStatus GetProcessForPID(pid_t pid, ProcessSerialNumber *psn);
 
+/* What GetProcessInformation fills.  processName and processAppSpec (or
+ * processAppRef) point at the caller's storage and may be NULL. */
+typedef struct ProcessInfoRec {
+    UInt32 processInfoLength; /* set by the caller to sizeof(ProcessInfoRec) */
+    StringPtr processName;    /* a Str31: the name, cut to 31 bytes */
+    ProcessSerialNumber processNumber;
+    UInt32 processType;       /* 'APPL' */
+    OSType processSignature;  /* CFBundleSignature, else '????' */
+    UInt32 processMode;       /* modeOnlyBackground for a process without a bundle */
+    Ptr processLocation;      /* NULL */
+    UInt32 processSize;       /* resident bytes */
+    UInt32 processFreeMem;    /* 0 */
+    ProcessSerialNumber processLauncher; /* the parent process */
+    UInt32 processLaunchDate; /* ticks (1/60 s) since the system started */
+    UInt32 processActiveTime; /* CPU time in ticks */
+#if __LP64__
+    FSRef *processAppRef;     /* the bundle location */
+#else
+    FSSpecPtr processAppSpec;
+#endif
+} ProcessInfoRec;
+typedef ProcessInfoRec *ProcessInfoRecPtr;
+
+enum {
+    modeOnlyBackground = 0x00000400,
+    modeGetFrontClicks = 0x00000200,
+    modeCanBackground = 0x00001000
+};
+
+/* Fills info for the process; procNotFound when it is gone, paramErr for
+ * NULL or a processInfoLength smaller than the record. */
+OSErr GetProcessInformation(const ProcessSerialNumber *PSN, ProcessInfoRec *info);
+
+enum { kProcessDictionaryIncludeAllInformationMask = (int)0xFFFFFFFF };
+
+/* A dictionary the caller releases: "PSN" (number), "pid", "ParentPSN",
+ * "CFBundleName", "CFBundleExecutable" (the executable's path),
+ * "BundlePath", "CFBundleIdentifier" (when the bundle has one),
+ * "FileType" and "FileCreator" (strings), "LSBackgroundOnly" and "IsHiddenAttr"
+ * (booleans).  NULL when the process is gone or for NULL. */
+CFDictionaryRef ProcessInformationCopyDictionary(const ProcessSerialNumber *PSN, UInt32 infoToReturn);
+
 #ifdef __cplusplus
 }
 #endif

@@ -7,6 +7,7 @@
 #include <CoreServices/MacErrors.h>
 #include <CoreServices/MacMemory.h>
 #include <CoreServices/Files.h>
+#include <CoreServices/Resources.h>
 #include <CoreServices/Aliases.h>
 #include <CoreServices/Folders.h>
 #include <CoreServices/Gestalt.h>

@@ -353,6 +353,77 @@ OSErr FSMoveObject(const FSRef *ref, const FSRef *destDirectory, FSRef *newRef);
 OSErr FSGetDataForkName(HFSUniStr255 *dataForkName);
 OSErr FSGetResourceForkName(HFSUniStr255 *resourceForkName);
 
+/* ---- Forks ----
+ *
+ * Every file has exactly two forks, as on a Mac: the data fork is the file
+ * itself; the resource fork is entry 2 of the companion "._name" (read from
+ * Netatalk's attribute when there is no companion), and it is empty when
+ * neither holds one.  A resource fork open for writing is kept in memory and
+ * stored when it is flushed or closed; a fork that becomes empty leaves no
+ * companion behind unless Finder information still needs one.  Any other fork
+ * name answers errFSForkNotFound, a folder notAFileErr.  Fork reference
+ * numbers are process-wide and may be used from any thread, one thread per
+ * fork at a time. */
+
+typedef SInt16 FSIORefNum;
+
+/* Open permissions. */
+enum {
+    fsCurPerm = 0x00,
+    fsRdPerm = 0x01,
+    fsWrPerm = 0x02,
+    fsRdWrPerm = 0x03,
+    fsRdWrShPerm = 0x04
+};
+
+/* Position modes; the cache hints above the low two bits are accepted and
+ * ignored. */
+enum {
+    fsAtMark = 0,
+    fsFromStart = 1,
+    fsFromLEOF = 2,
+    fsFromMark = 3,
+    pleaseCacheMask = 0x0010,
+    noCacheMask = 0x0020,
+    rdVerifyMask = 0x0040
+};
+
+/* The fork already exists as every file's fork does: noErr when it is empty
+ * (nothing to create), errFSForkExists when it holds bytes. */
+OSErr FSCreateFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName);
+
+/* Empties the fork; the resource fork's companion entry goes with it. */
+OSErr FSDeleteFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName);
+
+/* Opens the fork; *forkRefNum is 0 on failure.  fsCurPerm opens for reading
+ * and writing when the file allows it, else for reading.  opWrErr when the
+ * fork is already open for writing without fsRdWrShPerm, permErr / afpAccessDenied
+ * when the file refuses the access. */
+OSErr FSOpenFork(const FSRef *ref, UniCharCount forkNameLength, const UniChar *forkName,
+                 SInt8 permissions, FSIORefNum *forkRefNum);
+
+/* Reads up to requestCount bytes at the position; eofErr when fewer were
+ * there (*actualCount says how many came), posErr for a position before the
+ * start.  actualCount may be NULL. */
+OSErr FSReadFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                 ByteCount requestCount, void *buffer, ByteCount *actualCount);
+
+/* Writes the bytes at the position, extending the fork; wrPermErr when it is
+ * open for reading only. */
+OSErr FSWriteFork(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset,
+                  ByteCount requestCount, const void *buffer, ByteCount *actualCount);
+
+OSErr FSGetForkPosition(FSIORefNum forkRefNum, SInt64 *position);
+OSErr FSSetForkPosition(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset);
+OSErr FSGetForkSize(FSIORefNum forkRefNum, SInt64 *forkSize);
+/* Truncates or extends (with zeros) the fork to the position. */
+OSErr FSSetForkSize(FSIORefNum forkRefNum, UInt16 positionMode, SInt64 positionOffset);
+/* Stores what was written (the resource fork's companion, the data fork's
+ * pages). */
+OSErr FSFlushFork(FSIORefNum forkRefNum);
+/* Flushes and closes; rfNumErr for a number that is not open. */
+OSErr FSCloseFork(FSIORefNum forkRefNum);
+
 #ifdef __cplusplus
 }
 #endif
