@@ -16,6 +16,8 @@
 #include <KORU/LogSupport.h>
 #include <KORU/CFStringUtilities.h>
 #include <KORU/CFURLUtilities.h>
+#include <KORU/BitFlags.h>
+#include <KORU/MemoryCipher.h>
 
 /* The class layer. */
 #ifdef __cplusplus
