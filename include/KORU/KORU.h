@@ -16,6 +16,7 @@
 #include <KORU/LogSupport.h>
 #include <KORU/CFStringUtilities.h>
 #include <KORU/CFURLUtilities.h>
+#include <KORU/SystemInfo.h>
 #include <KORU/BitFlags.h>
 #include <KORU/MemoryCipher.h>
 
