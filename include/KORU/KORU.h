@@ -19,6 +19,7 @@
 #include <KORU/SystemInfo.h>
 #include <KORU/BitFlags.h>
 #include <KORU/MemoryCipher.h>
+#include <KORU/ExitPool.h>
 
 /* The class layer. */
 #ifdef __cplusplus
