@@ -31,4 +31,17 @@
 #include <KORU/FileUtils.h>
 #endif
 
+/* The Foundation extensions.  +[NSThread sleepForTimeInterval:] is
+ * Foundation's own here and is not redefined. */
+#ifdef __OBJC__
+#import <KORU/NSObject+FoundationX.h>
+#import <KORU/NSArray+FoundationX.h>
+#import <KORU/NSDictionary+FoundationX.h>
+#import <KORU/NSData+FoundationX.h>
+#import <KORU/NSNumber+FoundationX.h>
+#import <KORU/NSUserDefaults+FoundationX.h>
+#import <KORU/NSBundle+FoundationX.h>
+#import <KORU/NSFileManager+FoundationX.h>
+#endif
+
 #endif
