@@ -16,9 +16,9 @@
 
 namespace {
 
-/* One value of an os-release file: the shell-style assignments KEY=value,
- * 'single quoted' or "double quoted" with backslash escapes.  Empty when the
- * key is absent. */
+/* The value of an os-release assignment as the shell would read it:
+ * 'single quoted' or "double quoted" parts, backslash escapes outside single
+ * quotes, an unquoted value ending at a blank. */
 std::string UnquoteOsReleaseValue(const std::string &raw)
 {
     std::string value;
@@ -45,6 +45,8 @@ std::string UnquoteOsReleaseValue(const std::string &raw)
     return value;
 }
 
+/* The value of key in the system's os-release record; empty when the key or
+ * the record is absent. */
 std::string ReadOsReleaseValue(const std::string &key)
 {
     // The record lives in /etc; systems that keep it with the vendor's files
@@ -102,8 +104,10 @@ WString MakeOsName()
 {
     std::string version = ReadOsReleaseValue("VERSION_ID");
     std::string name = ReadOsReleaseValue("NAME");
-    if (version.empty() || name.empty())
+    if (version.empty())
         return WString();
+    if (name.empty())
+        name = "Linux"; // what os-release says a record without NAME means
     return WStringFromUTF8(name + " " + version);
 }
 
