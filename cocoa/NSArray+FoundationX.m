@@ -109,41 +109,21 @@ static BOOL ReadIndexes(NSData *data, NSUInteger arrayCount, NSUInteger **indexe
     return YES;
 }
 
-/* Rearranges elements [start, end) of array, the span a move touches, so
- * that it reads as after removing the moved elements and inserting them
- * again at lowered, the target counted without them. */
-static NSArray *MovedSpan(NSArray *span, NSUInteger start, const NSUInteger *moved, NSUInteger movedCount,
-                          NSUInteger lowered, NSUInteger remaining)
+/* The end of the array after a move past it: the moved elements, from the
+ * last, each appended while the target lies beyond the array and inserted at
+ * the target once it falls within, as one by one insertion would place them.
+ * A target far past the end so leaves the block reversed. */
+static NSArray *TailAfterMove(NSArray *block, NSUInteger lowered, NSUInteger remaining)
 {
-    NSUInteger length = [span count];
-    NSMutableArray *block = [NSMutableArray arrayWithCapacity:movedCount];
-    NSMutableArray *result = [NSMutableArray arrayWithCapacity:length];
-    NSUInteger next = 0;
-    for (NSUInteger i = 0; i < length; i++) {
-        id object = [span objectAtIndex:i];
-        if (next < movedCount && moved[next] == start + i) {
-            [block addObject:object];
-            next++;
-        } else {
-            [result addObject:object];
-        }
-    }
-    if (lowered < remaining) {
-        [result insertObjects:block
-                    atIndexes:[NSIndexSet indexSetWithIndexesInRange:NSMakeRange(lowered - start, movedCount)]];
-        return result;
-    }
-    // Past the end, each element from the last is appended while the target
-    // lies beyond the array and inserted at the target once it falls within;
-    // a target far past the end so leaves the block reversed.
-    for (NSUInteger i = movedCount; i-- > 0;) {
+    NSMutableArray *tail = [NSMutableArray arrayWithCapacity:[block count]];
+    for (NSUInteger i = [block count]; i-- > 0;) {
         id object = [block objectAtIndex:i];
-        if (lowered < start + [result count])
-            [result insertObject:object atIndex:lowered - start];
+        if (lowered < remaining + [tail count])
+            [tail insertObject:object atIndex:lowered - remaining];
         else
-            [result addObject:object];
+            [tail addObject:object];
     }
-    return result;
+    return tail;
 }
 
 @implementation NSMutableArray (FoundationX)
@@ -218,39 +198,37 @@ static NSArray *MovedSpan(NSArray *span, NSUInteger start, const NSUInteger *mov
     return NO;
 }
 
-/* The move is worked out on the span it touches, from the first moved index
- * (or the place the block lands, when that comes first) to the last element
- * that changes place, and written back element by element: the result of
- * removing each element and inserting it again, without shifting the
- * array's tail twice per element. */
+/* The elements come out in runs of adjacent indexes, from the last run, and
+ * go back in as one block: the result of taking each out and putting each
+ * back, with one shift of the array per run instead of two per element. */
 - (BOOL)moveObjects:(NSData *)indexes toIndex:(NSUInteger)target
 {
     NSUInteger *moved = NULL;
     NSUInteger movedCount = 0;
     BOOL done = YES;
     @try {
-        NSUInteger total = [self count];
-        if ([indexes isKindOfClass:[NSData class]] && !ReadIndexes(indexes, total, &moved, &movedCount))
+        if ([indexes isKindOfClass:[NSData class]] && !ReadIndexes(indexes, [self count], &moved, &movedCount))
             done = NO;
         if (done && movedCount > 0) {
+            NSMutableArray *block = [NSMutableArray arrayWithCapacity:movedCount];
             NSUInteger lowered = target;
             for (NSUInteger i = 0; i < movedCount; i++) {
+                [block addObject:[self objectAtIndex:moved[i]]];
                 if (moved[i] < target)
                     lowered--;
             }
-            NSUInteger remaining = total - movedCount;
-            NSUInteger start = moved[0], end = total;
-            if (lowered < remaining) {
-                start = MIN(start, lowered);
-                end = MAX(moved[movedCount - 1] + 1, lowered + movedCount);
+            for (NSUInteger last = movedCount; last > 0;) {
+                NSUInteger first = last - 1;
+                while (first > 0 && moved[first - 1] + 1 == moved[first])
+                    first--;
+                [self removeObjectsInRange:NSMakeRange(moved[first], last - first)];
+                last = first;
             }
-            NSArray *span = [self subarrayWithRange:NSMakeRange(start, end - start)];
-            NSArray *rearranged = MovedSpan(span, start, moved, movedCount, lowered, remaining);
-            for (NSUInteger i = 0; i < end - start; i++) {
-                id object = [rearranged objectAtIndex:i];
-                if (object != [span objectAtIndex:i])
-                    [self replaceObjectAtIndex:start + i withObject:object];
-            }
+            NSUInteger remaining = [self count];
+            if (lowered < remaining)
+                [self replaceObjectsInRange:NSMakeRange(lowered, 0) withObjectsFromArray:block];
+            else
+                [self addObjectsFromArray:TailAfterMove(block, lowered, remaining)];
         }
     } @catch (NSException *exception) {
         KORULogException("-[NSMutableArray(FoundationX) moveObjects:toIndex:]", 452, exception);

@@ -59,7 +59,7 @@
  * last listed, which leaves the block reversed at the end (so (A, B, C, D, E)
  * with 1 and 3 moved to 9 gives (A, C, E, D, B)).  YES when done, also when
  * nothing was listed; NO, and the array untouched, for an index outside the
- * array, a list that is not strictly ascending, or a caught exception. */
+ * array or a list that is not strictly ascending; NO for a caught exception. */
 - (BOOL)moveObjects:(NSData *)indexes toIndex:(NSUInteger)target;
 
 @end
