@@ -14,43 +14,60 @@
 #define OPENSSL_SUPPRESS_DEPRECATED
 #include <openssl/des.h>
 
-#include <array>
 #include <cstdint>
 #include <cstdlib>
 #include <cstring>
+
+#include <sys/mman.h>
+#include <unistd.h>
 
 namespace {
 
 constexpr size_t kBlockSize = 8;
 
-constexpr std::array<uint8_t, 256> MakeBitReversal()
+/* The eight bytes of a word each with its bits in reverse order. */
+constexpr uint64_t ReverseBitsInBytes(uint64_t word)
 {
-    std::array<uint8_t, 256> table{};
-    for (unsigned byte = 0; byte < 256; ++byte) {
-        unsigned reversed = 0;
-        for (unsigned bit = 0; bit < 8; ++bit) {
-            if (byte & (1u << bit))
-                reversed |= 0x80u >> bit;
-        }
-        table[byte] = static_cast<uint8_t>(reversed);
-    }
-    return table;
+    word = ((word >> 1) & 0x5555555555555555ull) | ((word & 0x5555555555555555ull) << 1);
+    word = ((word >> 2) & 0x3333333333333333ull) | ((word & 0x3333333333333333ull) << 2);
+    return ((word >> 4) & 0x0F0F0F0F0F0F0F0Full) | ((word & 0x0F0F0F0F0F0F0F0Full) << 4);
 }
 
-constexpr std::array<uint8_t, 256> kBitReversal = MakeBitReversal();
-
-void ReverseBits(const void *from, DES_cblock &to)
+/* A block as the two words DES_encrypt1 works on (DES_ecb_encrypt loads
+ * each half little-endian), every byte bit-reversed on the way. */
+inline void LoadBlock(const void *block, DES_LONG words[2])
 {
-    const uint8_t *bytes = static_cast<const uint8_t *>(from);
-    for (size_t i = 0; i < kBlockSize; ++i)
-        to[i] = kBitReversal[bytes[i]];
+    const uint8_t *bytes = static_cast<const uint8_t *>(block);
+    uint64_t word = 0;
+    for (int i = 0; i < 8; ++i)
+        word |= static_cast<uint64_t>(bytes[i]) << (8 * i);
+    word = ReverseBitsInBytes(word);
+    words[0] = static_cast<DES_LONG>(word & 0xFFFFFFFFu);
+    words[1] = static_cast<DES_LONG>(word >> 32);
 }
 
-void ReverseBits(const DES_cblock &from, void *to)
+inline void StoreBlock(const DES_LONG words[2], void *block)
 {
-    uint8_t *bytes = static_cast<uint8_t *>(to);
-    for (size_t i = 0; i < kBlockSize; ++i)
-        bytes[i] = kBitReversal[from[i]];
+    uint64_t word = ReverseBitsInBytes(static_cast<uint64_t>(words[0] & 0xFFFFFFFFu) |
+                                       static_cast<uint64_t>(words[1] & 0xFFFFFFFFu) << 32);
+    uint8_t *bytes = static_cast<uint8_t *>(block);
+    for (int i = 0; i < 8; ++i)
+        bytes[i] = static_cast<uint8_t>(word >> (8 * i));
+}
+
+/* Asks for the big copy to be backed by huge pages: the cipher writes every
+ * byte of a fresh allocation once, and faulting it in 4 KiB at a time costs
+ * about a fifth of the DES work itself.  Only advice: refusal changes nothing. */
+void AdviseHugePages(void *buffer, size_t length)
+{
+    constexpr size_t kWorthIt = size_t(4) << 20;
+    const uintptr_t page = static_cast<uintptr_t>(sysconf(_SC_PAGESIZE));
+    if (length < kWorthIt || page == 0)
+        return;
+    uintptr_t start = (reinterpret_cast<uintptr_t>(buffer) + page - 1) / page * page;
+    uintptr_t end = (reinterpret_cast<uintptr_t>(buffer) + length) / page * page;
+    if (start < end)
+        madvise(reinterpret_cast<void *>(start), end - start, MADV_HUGEPAGE);
 }
 
 /* The installed key, process-wide like setkey's; the C library starts with
@@ -61,8 +78,10 @@ struct InstalledKey {
 
     void Install(const char *key)
     {
+        const uint8_t *bytes = reinterpret_cast<const uint8_t *>(key);
         DES_cblock desKey;
-        ReverseBits(key, desKey);
+        for (size_t i = 0; i < kBlockSize; ++i)
+            desKey[i] = static_cast<uint8_t>(ReverseBitsInBytes(bytes[i]));
         // Unchecked: parity bits are ignored and weak keys are DES keys too.
         DES_set_key_unchecked(&desKey, &schedule);
         ready = true;
@@ -80,12 +99,14 @@ struct InstalledKey {
 
 InstalledKey gKey;
 
-void CipherBlock(char *block, int direction)
+/* Enciphers (direction 0) or deciphers the block at from into to, which may
+ * be the same place. */
+void CipherBlock(const void *from, void *to, int direction, DES_key_schedule &schedule)
 {
-    DES_cblock in, out;
-    ReverseBits(block, in);
-    DES_ecb_encrypt(&in, &out, &gKey.Schedule(), direction == 0 ? DES_ENCRYPT : DES_DECRYPT);
-    ReverseBits(out, block);
+    DES_LONG words[2];
+    LoadBlock(from, words);
+    DES_encrypt1(words, &schedule, direction == 0 ? DES_ENCRYPT : DES_DECRYPT);
+    StoreBlock(words, to);
 }
 
 } // namespace
@@ -102,7 +123,7 @@ extern "C" int EncryptionEncryptCore(char *block, int direction)
 {
     if (block == nullptr)
         return 1;
-    CipherBlock(block, direction);
+    CipherBlock(block, block, direction, gKey.Schedule());
     return 0;
 }
 
@@ -126,16 +147,26 @@ extern "C" int MemAllocateEncryptedCopy(const void *source, size_t length, void 
     if (length > SIZE_MAX - (kBlockSize - 1))
         return 1;
     size_t padded = (length + kBlockSize - 1) / kBlockSize * kBlockSize;
-    char *copy = static_cast<char *>(calloc(padded, 1));
+    char *copy = static_cast<char *>(malloc(padded));
     if (copy == nullptr)
         return 1;
-    memcpy(copy, source, length);
+    AdviseHugePages(copy, padded);
     if (EncryptionSetKey(key) != 0) {
         free(copy);
         return 1;
     }
-    for (size_t offset = 0; offset < padded; offset += kBlockSize)
-        CipherBlock(copy + offset, 0);
+    // Whole blocks go straight from the source into the copy; only the last
+    // one is first completed with zero bytes.
+    DES_key_schedule &schedule = gKey.Schedule();
+    const char *from = static_cast<const char *>(source);
+    size_t whole = length / kBlockSize * kBlockSize;
+    for (size_t offset = 0; offset < whole; offset += kBlockSize)
+        CipherBlock(from + offset, copy + offset, 0, schedule);
+    if (whole < padded) {
+        memset(copy + whole, 0, kBlockSize);
+        memcpy(copy + whole, from + whole, length - whole);
+        CipherBlock(copy + whole, copy + whole, 0, schedule);
+    }
     *outBuffer = copy;
     *outLength = padded;
     return 0;
@@ -148,7 +179,8 @@ extern "C" int MemDecrypt(void *buffer, size_t length, const char *key)
     if (EncryptionSetKey(key) != 0)
         return 1;
     char *bytes = static_cast<char *>(buffer);
+    DES_key_schedule &schedule = gKey.Schedule();
     for (size_t offset = 0; offset < length; offset += kBlockSize)
-        CipherBlock(bytes + offset, 1);
+        CipherBlock(bytes + offset, bytes + offset, 1, schedule);
     return 0;
 }
