@@ -18,6 +18,10 @@
 #include <KORU/CFURLUtilities.h>
 #include <KORU/FSUtilities.h>
 #include <KORU/AppleEventUtilities.h>
+#include <KORU/SystemInfo.h>
+#include <KORU/BitFlags.h>
+#include <KORU/MemoryCipher.h>
+#include <KORU/ExitPool.h>
 
 /* The class layer. */
 #ifdef __cplusplus
@@ -34,6 +38,16 @@
 #ifdef __OBJC__
 #import <KORU/CommandTool.h>
 #import <KORU/DiskImage.h>
+/* +[NSThread sleepForTimeInterval:] is Foundation's own here and is not
+ * redefined. */
+#import <KORU/NSObject+FoundationX.h>
+#import <KORU/NSArray+FoundationX.h>
+#import <KORU/NSDictionary+FoundationX.h>
+#import <KORU/NSData+FoundationX.h>
+#import <KORU/NSNumber+FoundationX.h>
+#import <KORU/NSUserDefaults+FoundationX.h>
+#import <KORU/NSBundle+FoundationX.h>
+#import <KORU/NSFileManager+FoundationX.h>
 #endif
 
 #endif

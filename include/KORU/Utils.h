@@ -2,11 +2,13 @@
  *
  * Text and number conversions, version comparison, hexadecimal and GUID text
  * and trimming; the message log; path-string file operations and MD5
- * checksums.  Narrow text is std::string (paths in UTF-8), wide text is
- * WString.  Results are values the caller owns, except where a comment names
- * an array the caller frees with delete[].  The conversions keep no state and
- * may run on any thread; the file operations that test folders change the
- * process's current directory (see DirExists). */
+ * checksums; facts about the system and the user's language and country.
+ * Narrow text is std::string (paths in UTF-8), wide text is WString.
+ * Results are values the caller owns, except where a comment names an array
+ * the caller frees with delete[].  The conversions keep no state and may run
+ * on any thread; the file operations that test folders change the process's
+ * current directory (see DirExists); the system version and name are cached
+ * without a lock, so their first calls belong to one thread. */
 #ifndef KORU_UTILS_H
 #define KORU_UTILS_H
 
@@ -123,6 +125,27 @@ public:
     static bool getMD5Digest(const std::string &text, char *digest);
     /* One element per UTF-16 unit of s, zero-extended; empty for nil. */
     static WString nsstring2wstring(NSString *s);
+
+    /* ---- System information ---- */
+
+    /* Gestalt's 'sysv' answer, asked afresh every time (0 when it fails). */
+    static long getOsBuildNumber();
+    /* The product version of the system ("VERSION_ID" of os-release, e.g.
+     * 12) / its name ("NAME", a space and the version, e.g. Debian GNU/Linux
+     * 12).  Empty while the record or the entry is missing; the first answer
+     * that is not empty is kept for the life of the process. */
+    static WString getOsVersion();
+    static WString getOsName();
+    /* "68k" or "PowerPC" for those Gestalt 'sysa' answers, else "Intel". */
+    static WString getProcessorType();
+    /* The first element of the user default "AppleLanguages" as stored (en,
+     * ja, ...); empty when there is none or it is not a list of strings. */
+    static WString getLanguage();
+    /* The country part of the user default "AppleLocale": what follows the
+     * first "_" (de_DE gives DE, zh_Hans_CN gives Hans_CN); the whole value
+     * without a "_" (fr gives fr); the part before a final "_" (en_ gives en).
+     * Empty when there is no such default. */
+    static WString getCountry();
 };
 
 /* The numeric components of a dotted version; empty pieces are skipped and

@@ -1,0 +1,106 @@
+/* The FoundationX categories only add: no method of theirs takes the place
+ * of one Foundation already has under the same selector, in the class itself,
+ * above it or in one of its subclasses (where Foundation's would hide ours).
+ * Methods are told apart by the library their code lives in. */
+#define _GNU_SOURCE /* dladdr */
+#import "KTest.h"
+
+#include <KORU/KORU.h>
+
+#include <dlfcn.h>
+#include <objc/runtime.h>
+#include <stdlib.h>
+
+static void *ToolkitBase(void)
+{
+    Dl_info info;
+    return dladdr((void *)AddToExitPool, &info) != 0 ? info.dli_fbase : NULL;
+}
+
+static BOOL IsToolkitMethod(Method method)
+{
+    Dl_info info;
+    IMP code = method_getImplementation(method);
+    return code != NULL && dladdr((void *)code, &info) != 0 && info.dli_fbase == ToolkitBase();
+}
+
+/* The names of the toolkit's methods in class's own list (not inherited). */
+static NSSet *ToolkitSelectors(Class class)
+{
+    NSMutableSet *names = [NSMutableSet set];
+    unsigned int count = 0;
+    Method *methods = class_copyMethodList(class, &count);
+    for (unsigned int i = 0; i < count; i++) {
+        if (IsToolkitMethod(methods[i]))
+            [names addObject:[NSString stringWithUTF8String:sel_getName(method_getName(methods[i]))]];
+    }
+    free(methods);
+    return names;
+}
+
+/* Foundation's methods of class's own list, by name. */
+static NSSet *FoundationSelectors(Class class)
+{
+    NSMutableSet *names = [NSMutableSet set];
+    unsigned int count = 0;
+    Method *methods = class_copyMethodList(class, &count);
+    for (unsigned int i = 0; i < count; i++) {
+        if (!IsToolkitMethod(methods[i]))
+            [names addObject:[NSString stringWithUTF8String:sel_getName(method_getName(methods[i]))]];
+    }
+    free(methods);
+    return names;
+}
+
+static void CheckHierarchy(BOOL meta, NSUInteger *toolkitMethods)
+{
+    int classCount = objc_getClassList(NULL, 0);
+    Class *classes = malloc(sizeof(Class) * (size_t)classCount);
+    classCount = objc_getClassList(classes, classCount);
+    for (int i = 0; i < classCount; i++) {
+        Class class = meta ? object_getClass((id)classes[i]) : classes[i];
+        NSSet *ours = ToolkitSelectors(class);
+        *toolkitMethods += [ours count];
+        if ([ours count] == 0)
+            continue;
+        for (int j = 0; j < classCount; j++) {
+            Class other = meta ? object_getClass((id)classes[j]) : classes[j];
+            BOOL related = other == class;
+            for (Class up = class_getSuperclass(other); up != Nil && !related; up = class_getSuperclass(up))
+                related = up == class; /* other is a subclass */
+            for (Class up = class_getSuperclass(class); up != Nil && !related; up = class_getSuperclass(up))
+                related = up == other; /* other is an ancestor */
+            if (!related)
+                continue;
+            NSMutableSet *clash = [[FoundationSelectors(other) mutableCopy] autorelease];
+            [clash intersectSet:ours];
+            KT_EXPECT_MSG([clash count] == 0, @"%c[%s(FoundationX) %@] meets %s's own",
+                          meta ? '+' : '-', class_getName(classes[i]),
+                          [[clash allObjects] componentsJoinedByString:@", "], class_getName(other));
+        }
+    }
+    free(classes);
+}
+
+KT_CASE(NoFoundationMethodIsReplacedOrHidesOne)
+{
+    KT_ASSERT(ToolkitBase() != NULL);
+    NSUInteger toolkitMethods = 0;
+    CheckHierarchy(NO, &toolkitMethods);
+    CheckHierarchy(YES, &toolkitMethods);
+    KT_EXPECT(toolkitMethods >= 40); /* the categories were looked at */
+}
+
+KT_CASE(FoundationsOwnSleepForTimeIntervalStillSleeps)
+{
+    /* The category leaves +[NSThread sleepForTimeInterval:] to Foundation,
+     * which sleeps until that interval from now has passed. */
+    Method sleep = class_getClassMethod([NSThread class], @selector(sleepForTimeInterval:));
+    KT_ASSERT(sleep != NULL);
+    KT_EXPECT(!IsToolkitMethod(sleep));
+    NSDate *start = [NSDate date];
+    [NSThread sleepForTimeInterval:0.05];
+    KT_EXPECT([[NSDate date] timeIntervalSinceDate:start] >= 0.05);
+}
+
+KT_MAIN()

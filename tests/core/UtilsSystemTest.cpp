@@ -1,0 +1,214 @@
+#include <KORU/SystemInfo.h>
+#include <KORU/Utils.h>
+
+#include <CoreServices/CoreServices.h>
+
+#include <gtest/gtest.h>
+
+#include <cstring>
+#include <fstream>
+#include <map>
+#include <string>
+#include <vector>
+
+#include <fcntl.h>
+#include <grp.h>
+#include <spawn.h>
+#include <sys/wait.h>
+#include <unistd.h>
+
+extern char **environ;
+
+namespace {
+
+std::string Narrow(const WString &text)
+{
+    return Utils::wstring2utf8(text);
+}
+
+/* The value of KEY= in the os-release record, quotes removed. */
+std::string OsReleaseValue(const std::string &key)
+{
+    std::ifstream file("/etc/os-release");
+    if (!file)
+        file.open("/usr/lib/os-release");
+    std::string line;
+    while (std::getline(file, line)) {
+        if (line.compare(0, key.size() + 1, key + "=") != 0)
+            continue;
+        std::string value = line.substr(key.size() + 1);
+        if (value.size() >= 2 && (value.front() == '"' || value.front() == '\''))
+            value = value.substr(1, value.size() - 2);
+        return value;
+    }
+    return std::string();
+}
+
+TEST(UtilsSystem, VersionAndNameComeFromTheOsReleaseRecord)
+{
+    std::string version = OsReleaseValue("VERSION_ID");
+    std::string name = OsReleaseValue("NAME");
+    ASSERT_FALSE(version.empty()) << "this system's os-release has no VERSION_ID";
+    EXPECT_EQ(Narrow(Utils::getOsVersion()), version);
+    EXPECT_EQ(Narrow(Utils::getOsName()), name + " " + version);
+    // Cached: the same answers again.
+    EXPECT_EQ(Narrow(Utils::getOsVersion()), version);
+    EXPECT_EQ(Narrow(Utils::getOsName()), name + " " + version);
+}
+
+/* Puts Gestalt's built-in answers back whatever a test did to them. */
+class GestaltRestorer {
+public:
+    ~GestaltRestorer()
+    {
+        ReplaceGestaltValue(gestaltSystemVersion, 0x1049);
+        ReplaceGestaltValue(gestaltSysArchitecture, gestaltIntel);
+    }
+};
+
+TEST(UtilsSystem, NumericVersionIsCachedOnlyByTheCFunction)
+{
+    GestaltRestorer restore;
+    EXPECT_EQ(GestaltSystemVersion(), 0x1049);
+    EXPECT_EQ(Utils::getOsBuildNumber(), 0x1049);
+
+    ASSERT_EQ(ReplaceGestaltValue(gestaltSystemVersion, 0x1050), noErr);
+    EXPECT_EQ(Utils::getOsBuildNumber(), 0x1050); // asked afresh
+    EXPECT_EQ(GestaltSystemVersion(), 0x1049);    // kept from the first call
+    ASSERT_EQ(DeleteGestaltValue(gestaltSystemVersion), noErr);
+    EXPECT_EQ(Utils::getOsBuildNumber(), 0);
+}
+
+TEST(UtilsSystem, ProcessorFamilyFollowsGestalt)
+{
+    GestaltRestorer restore;
+    EXPECT_EQ(Narrow(Utils::getProcessorType()), "Intel");
+    ReplaceGestaltValue(gestaltSysArchitecture, gestalt68k);
+    EXPECT_EQ(Narrow(Utils::getProcessorType()), "68k");
+    ReplaceGestaltValue(gestaltSysArchitecture, gestaltPowerPC);
+    EXPECT_EQ(Narrow(Utils::getProcessorType()), "PowerPC");
+    ReplaceGestaltValue(gestaltSysArchitecture, 77);
+    EXPECT_EQ(Narrow(Utils::getProcessorType()), "Intel");
+    DeleteGestaltValue(gestaltSysArchitecture);
+    EXPECT_EQ(Narrow(Utils::getProcessorType()), "Intel");
+}
+
+TEST(UtilsSystem, UserAndGroupsComeFromTheUserDatabase)
+{
+    EXPECT_EQ(UserIsRoot() != 0, geteuid() == 0);
+    EXPECT_FALSE(UserIsBelongToGroup(nullptr));
+    EXPECT_FALSE(UserIsBelongToGroup("no-such-group-koru"));
+
+    // Every group of the database answers whether the login name is listed;
+    // without a login name (containers, CI) every answer is false.
+    const char *login = getlogin();
+    std::map<std::string, bool> expected;
+    setgrent();
+    while (const struct group *group = getgrent()) {
+        bool listed = false;
+        for (char **member = group->gr_mem; login != nullptr && *member != nullptr; ++member)
+            listed = listed || strcmp(*member, login) == 0;
+        expected[group->gr_name] = listed;
+    }
+    endgrent();
+    ASSERT_FALSE(expected.empty());
+    for (const auto &[name, listed] : expected)
+        EXPECT_EQ(UserIsBelongToGroup(name.c_str()) != 0, listed) << name;
+}
+
+/* Runs the probe with the locale variables of this process replaced by
+ * settings and with arguments; answers its "key=value" lines. */
+std::map<std::string, std::string> RunProbe(const std::vector<std::string> &settings,
+                                            const std::vector<std::string> &arguments = {})
+{
+    std::vector<std::string> environment;
+    for (char **entry = environ; *entry != nullptr; ++entry) {
+        std::string variable = *entry;
+        if (variable.rfind("LANG", 0) != 0 && variable.rfind("LC_", 0) != 0)
+            environment.push_back(variable);
+    }
+    environment.insert(environment.end(), settings.begin(), settings.end());
+    std::vector<char *> envp, argv;
+    for (std::string &variable : environment)
+        envp.push_back(variable.data());
+    envp.push_back(nullptr);
+    std::vector<std::string> words = {UTILS_SYSTEM_PROBE};
+    words.insert(words.end(), arguments.begin(), arguments.end());
+    for (std::string &word : words)
+        argv.push_back(word.data());
+    argv.push_back(nullptr);
+
+    int pipeFds[2];
+    if (pipe(pipeFds) != 0)
+        return {};
+    posix_spawn_file_actions_t actions;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], STDOUT_FILENO);
+    posix_spawn_file_actions_addclose(&actions, pipeFds[0]);
+    pid_t pid = 0;
+    int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
+    posix_spawn_file_actions_destroy(&actions);
+    close(pipeFds[1]);
+    std::string output;
+    char buffer[512];
+    ssize_t n;
+    while (spawned == 0 && (n = read(pipeFds[0], buffer, sizeof buffer)) > 0)
+        output.append(buffer, static_cast<size_t>(n));
+    close(pipeFds[0]);
+    int status = 0;
+    if (spawned != 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
+        return {{"failed", output}};
+
+    std::map<std::string, std::string> answers;
+    size_t start = 0;
+    while (start < output.size()) {
+        size_t end = output.find('\n', start);
+        std::string line = output.substr(start, end - start);
+        size_t equals = line.find('=');
+        if (equals != std::string::npos)
+            answers[line.substr(0, equals)] = line.substr(equals + 1);
+        start = end == std::string::npos ? output.size() : end + 1;
+    }
+    return answers;
+}
+
+using Answers = std::map<std::string, std::string>;
+
+TEST(UtilsSystemLocale, LanguageAndCountryFollowTheLocaleOfTheEnvironment)
+{
+    EXPECT_EQ(RunProbe({"LANG=de_DE.UTF-8"}), (Answers{{"language", "de"}, {"country", "DE"}}));
+    EXPECT_EQ(RunProbe({"LC_ALL=fr_FR.UTF-8@euro", "LANG=de_DE.UTF-8"}),
+              (Answers{{"language", "fr"}, {"country", "FR"}}));
+    EXPECT_EQ(RunProbe({"LANGUAGE=", "LC_ALL=", "LC_MESSAGES=pt_BR", "LANG=ja_JP.UTF-8"}),
+              (Answers{{"language", "pt"}, {"country", "BR"}}));
+    // LANGUAGE's list comes first; a language without a country stays whole.
+    EXPECT_EQ(RunProbe({"LANGUAGE=ja:en", "LANG=de_DE.UTF-8"}), (Answers{{"language", "ja"}, {"country", "ja"}}));
+    EXPECT_EQ(RunProbe({"LANGUAGE=sv_FI:sv", "LANG=C"}), (Answers{{"language", "sv"}, {"country", "FI"}}));
+}
+
+TEST(UtilsSystemLocale, TheCLocaleAndNoLocaleGiveNothing)
+{
+    const Answers none = {{"language", ""}, {"country", ""}};
+    EXPECT_EQ(RunProbe({}), none);
+    EXPECT_EQ(RunProbe({"LANG=C"}), none);
+    EXPECT_EQ(RunProbe({"LANG=POSIX"}), none);
+    EXPECT_EQ(RunProbe({"LC_ALL=C.UTF-8", "LANG=de_DE.UTF-8"}), none);
+    EXPECT_EQ(RunProbe({"LANG=../../etc"}), none);
+}
+
+TEST(UtilsSystemLocale, ValuesTheUserSetWin)
+{
+    // Command-line arguments are the user's own defaults domain.
+    EXPECT_EQ(RunProbe({"LANG=de_DE.UTF-8"}, {"-AppleLanguages", "(it, en)", "-AppleLocale", "it_CH"}),
+              (Answers{{"language", "it"}, {"country", "CH"}}));
+    EXPECT_EQ(RunProbe({"LANG=C"}, {"-AppleLocale", "en_"}), (Answers{{"language", ""}, {"country", "en"}}));
+    EXPECT_EQ(RunProbe({"LANG=C"}, {"-AppleLocale", "zh_Hans_CN"}),
+              (Answers{{"language", ""}, {"country", "Hans_CN"}}));
+    // Values of the wrong kind give nothing and never stop the host.
+    EXPECT_EQ(RunProbe({"LANG=de_DE.UTF-8"}, {"-AppleLanguages", "fr", "-AppleLocale", "(a, b)"}),
+              (Answers{{"language", ""}, {"country", ""}}));
+    EXPECT_EQ(RunProbe({"LANG=de_DE.UTF-8"}, {"-AppleLanguages", "(\"\", fr)"}),
+              (Answers{{"language", ""}, {"country", "DE"}}));
+}
+
+} // namespace
