@@ -43,6 +43,12 @@ cmake -S "$work/cmake-consumer" -B "$work/cmake-build" -DCMAKE_PREFIX_PATH="$pre
 cmake --build "$work/cmake-build" > /dev/null
 "$work/cmake-build/consumer"
 
+# Mac-style C against CoreFoundation alone: dates, sets, errors, preferences,
+# a run-loop timer and character sets.
+gcc -std=c11 -Wall -Wextra $extra "$source_dir/package/mac_style.c" -o "$work/mac_style" \
+    $(pkg-config --cflags --libs koru)
+"$work/mac_style"
+
 "$prefix/bin/koru" > "$work/tour.txt"
 grep -q '@(#)KORU v1.0 (2006-03-31)' "$work/tour.txt"
 echo "package: installed headers, libraries, bundle, pkg-config and CMake package all usable"
