@@ -79,6 +79,7 @@ TEST(CFAutoreleasePool, AHostLoopKeepsMemoryFlat)
     close(log);
     unlink(logPath);
 
+    std::printf("resident memory over 100000 rounds: %ld kB -> %ld kB\n", before, after);
     ASSERT_GT(before, 0);
     // Objects left in a pool that never drains cost far more than this over
     // 100 000 rounds (each round autoreleases dozens of objects).
