@@ -544,8 +544,9 @@ ConstStringPtr CFStringGetPascalStringPtr(CFStringRef theString, CFStringEncodin
 
 const UniChar *CFStringGetCharactersPtr(CFStringRef theString)
 {
-    (void)theString;
-    return NULL;
+    if (theString == NULL || ![(id)theString isKindOfClass:[__KCFUnitString class]])
+        return NULL;
+    return ((__KCFUnitString *)theString)->_units;
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding)

@@ -124,6 +124,11 @@ TEST(CFStringUnicode, CStringPtrIsTheStoredASCIIText)
     EXPECT_EQ(CFStringGetCStringPtr(accented, kCFStringEncodingUTF8), nullptr);
     CFRelease(accented);
     EXPECT_EQ(CFStringGetCStringPtr(nullptr, kCFStringEncodingUTF8), nullptr);
+    const UniChar *units = CFStringGetCharactersPtr(CFSTR("ab"));
+    ASSERT_NE(units, nullptr);
+    EXPECT_EQ(units[0], 'a');
+    EXPECT_EQ(units[1], 'b');
+    EXPECT_EQ(CFStringGetCharactersPtr(nullptr), nullptr);
 }
 
 }  // namespace

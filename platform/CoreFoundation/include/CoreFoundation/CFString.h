@@ -148,7 +148,10 @@ CF_EXPORT Boolean CFStringGetPascalString(CFStringRef theString, StringPtr buffe
  * by CF from ASCII text, CFSTR constants and Foundation literals.  NULL
  * otherwise, as CF allows; the pointer lives as long as the string. */
 CF_EXPORT const char *CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding);
+/* Always NULL here, as CF allows. */
 CF_EXPORT ConstStringPtr CFStringGetPascalStringPtr(CFStringRef theString, CFStringEncoding encoding);
+/* The string's own UTF-16 units when it keeps them in one buffer (strings
+ * made by CF from units or ASCII text, CFSTR constants); NULL otherwise. */
 CF_EXPORT const UniChar *CFStringGetCharactersPtr(CFStringRef theString);
 /* Converts the range into buffer (or only measures when buffer is NULL).
  * Answers how many UTF-16 units were converted; usedBufLen receives the bytes. */
