@@ -39,6 +39,7 @@ TEST(CFRunLoop, ARepeatingTimerFiresUntilTheLoopIsStopped)
     ASSERT_NE(loop, nullptr);
     EXPECT_EQ(CFGetTypeID(loop), CFRunLoopGetTypeID());
     EXPECT_EQ(CFRunLoopGetCurrent(), loop);
+    EXPECT_EQ(CFRunLoopGetMain(), loop);  // the tests run on the main thread
 
     Ticks ticks;
     ticks.stopAt = 3;
@@ -125,6 +126,7 @@ TEST(CFRunLoop, AnotherThreadStopsAWaitingLoop)
     CFRunLoopStop(waiter.loop);
     pthread_join(thread, nullptr);
     EXPECT_EQ(waiter.result, kCFRunLoopRunStopped);
+    EXPECT_NE(waiter.loop, CFRunLoopGetMain());
 }
 
 }  // namespace
