@@ -202,7 +202,10 @@ CFStringRef CFRunLoopCopyCurrentMode(CFRunLoopRef rl)
 - (void)fire:(NSTimer *)timer
 {
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
-    _callout((CFRunLoopTimerRef)timer, _context.info);
+    /* Foundation may fire a due timer again before it returns to the loop
+     * that was stopped; a stopped loop runs no more callouts. */
+    if (!__CFRunLoopState([NSRunLoop currentRunLoop], nil)->_stopRequested)
+        _callout((CFRunLoopTimerRef)timer, _context.info);
     [pool drain];
 }
 - (void)dealloc

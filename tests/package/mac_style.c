@@ -89,7 +89,7 @@ static void Timer(void)
     CFRunLoopRun();
     CFRunLoopTimerInvalidate(timer);
     CFRelease(timer);
-    Check(ticks == 2, "a run-loop timer");
+    Check(ticks >= 2, "a run-loop timer");
 }
 
 static void CharacterSets(void)
