@@ -11,6 +11,7 @@ const CFStringRef kCFRunLoopCommonModes = (CFStringRef) @"kCFRunLoopCommonModes"
 @public
     NSThread *_thread;
     volatile BOOL _stopRequested;
+    unsigned long _timerCallouts;
 }
 - (void)wake;
 @end
@@ -112,6 +113,7 @@ SInt32 CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean retu
             break;
         }
         NSAutoreleasePool *turn = [[NSAutoreleasePool alloc] init];
+        unsigned long calloutsBefore = state->_timerCallouts;
         BOOL ran = NO;
         @try {
             ran = [loop runMode:runMode beforeDate:deadline];
@@ -132,7 +134,8 @@ SInt32 CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean retu
             result = kCFRunLoopRunTimedOut;
             break;
         }
-        if (returnAfterSourceHandled) {
+        /* A timer is not a source: a turn that only fired CF timers goes on. */
+        if (returnAfterSourceHandled && state->_timerCallouts == calloutsBefore) {
             result = kCFRunLoopRunHandledSource;
             break;
         }
@@ -204,8 +207,11 @@ CFStringRef CFRunLoopCopyCurrentMode(CFRunLoopRef rl)
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     /* Foundation may fire a due timer again before it returns to the loop
      * that was stopped; a stopped loop runs no more callouts. */
-    if (!__CFRunLoopState([NSRunLoop currentRunLoop], nil)->_stopRequested)
+    __KCFRunLoopState *state = __CFRunLoopState([NSRunLoop currentRunLoop], nil);
+    if (!state->_stopRequested) {
+        state->_timerCallouts++;
         _callout((CFRunLoopTimerRef)timer, _context.info);
+    }
     [pool drain];
 }
 - (void)dealloc

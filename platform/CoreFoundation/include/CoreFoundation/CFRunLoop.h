@@ -34,7 +34,9 @@ CF_EXPORT CFRunLoopRef CFRunLoopGetMain(void);
  * or has no timers or sources left. */
 CF_EXPORT void CFRunLoopRun(void);
 /* Runs the current thread's loop in mode for at most seconds; answers one
- * of the kCFRunLoopRun results.  kCFRunLoopRunFinished for a NULL mode. */
+ * of the kCFRunLoopRun results.  With returnAfterSourceHandled it returns
+ * after the first event other than a CF timer.  kCFRunLoopRunFinished for a
+ * NULL mode. */
 CF_EXPORT SInt32 CFRunLoopRunInMode(CFStringRef mode, CFTimeInterval seconds, Boolean returnAfterSourceHandled);
 /* Makes the innermost CFRunLoopRun or CFRunLoopRunInMode of rl return. */
 CF_EXPORT void CFRunLoopStop(CFRunLoopRef rl);
