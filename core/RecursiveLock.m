@@ -5,14 +5,18 @@
 
 #include "RecursiveLock.h"
 
+/* Callers from C and C++ have no autorelease pool; an exception Foundation
+ * raises is autoreleased, so the calls that can raise run inside one. */
 void *KORURecursiveLockCreate(void)
 {
     NSRecursiveLock *lock = nil;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     NS_DURING
         lock = [[NSRecursiveLock alloc] init];
     NS_HANDLER
         lock = nil;
     NS_ENDHANDLER
+    [pool drain];
     return lock;
 }
 
@@ -30,10 +34,12 @@ void KORURecursiveLockUnlock(void *lock)
 {
     if (lock == NULL)
         return;
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     NS_DURING
         [(NSRecursiveLock *)lock unlock];
     NS_HANDLER
     NS_ENDHANDLER
+    [pool drain];
 }
 
 void KORURecursiveLockRelease(void *lock)

@@ -248,6 +248,24 @@ CFIndex CFArrayGetCountOfValue(CFArrayRef theArray, CFRange range, const void *v
     return count;
 }
 
+CFIndex CFArrayBSearchValues(CFArrayRef theArray, CFRange range, const void *value, CFComparatorFunction comparator,
+                             void *context)
+{
+    if (theArray == NULL || comparator == NULL || range.location < 0 || range.length < 0 ||
+        range.location + range.length > CFArrayGetCount(theArray))
+        return kCFNotFound;
+    CFIndex low = range.location, high = range.location + range.length;
+    while (low < high) {
+        CFIndex middle = low + (high - low) / 2;
+        CFComparisonResult order = comparator(CFArrayGetValueAtIndex(theArray, middle), value, context);
+        if (order == kCFCompareLessThan)
+            low = middle + 1;
+        else
+            high = middle;
+    }
+    return low;
+}
+
 CFIndex CFArrayGetFirstIndexOfValue(CFArrayRef theArray, CFRange range, const void *value)
 {
     if (theArray == NULL || !__CFArrayRangeIsValid(theArray, range))

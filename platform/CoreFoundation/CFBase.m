@@ -134,6 +134,12 @@ static const __CFTypeEntry __CFTypeTable[] = {
     {__kCFNullTypeID, "NSNull", "CFNull"},
     {__kCFSetTypeID, "NSSet", "CFSet"},
     {__kCFDateTypeID, "NSDate", "CFDate"},
+    {__kCFTimeZoneTypeID, "NSTimeZone", "CFTimeZone"},
+    {__kCFErrorTypeID, "NSError", "CFError"},
+    {__kCFRunLoopTypeID, "NSRunLoop", "CFRunLoop"},
+    {__kCFRunLoopTimerTypeID, "NSTimer", "CFRunLoopTimer"},
+    {__kCFCharacterSetTypeID, "NSCharacterSet", "CFCharacterSet"},
+    {__kCFLocaleTypeID, "NSLocale", "CFLocale"},
 };
 enum { __CFTypeTableCount = sizeof(__CFTypeTable) / sizeof(__CFTypeTable[0]) };
 
@@ -145,12 +151,6 @@ static void __attribute__((constructor)) __CFTypeTableInitialize(void)
         __CFTypeClasses[i] = objc_lookUpClass(__CFTypeTable[i].className);
 }
 
-static BOOL __CFIsBoolean(id object)
-{
-    /* Foundation's booleans are the two shared instances; their class is private. */
-    return object == (id)kCFBooleanTrue || object == (id)kCFBooleanFalse;
-}
-
 CFTypeID CFGetTypeID(CFTypeRef cf)
 {
     if (cf == NULL) {
@@ -158,7 +158,7 @@ CFTypeID CFGetTypeID(CFTypeRef cf)
         return __kCFNotATypeID;
     }
     id object = __CFObj(cf);
-    if (__CFIsBoolean(object))
+    if (__CFObjectIsBoolean(object))
         return __kCFBooleanTypeID;
     for (int i = 0; i < __CFTypeTableCount; i++) {
         if (__CFTypeClasses[i] != Nil && [object isKindOfClass:__CFTypeClasses[i]])
@@ -191,6 +191,9 @@ Boolean CFEqual(CFTypeRef cf1, CFTypeRef cf2)
         return false;
     if (cf1 == cf2)
         return true;
+    /* A boolean equals only a boolean, never a number holding 0 or 1. */
+    if (__CFObjectIsBoolean(__CFObj(cf1)) != __CFObjectIsBoolean(__CFObj(cf2)))
+        return false;
     return [__CFObj(cf1) isEqual:__CFObj(cf2)] ? true : false;
 }
 

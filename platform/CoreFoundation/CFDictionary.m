@@ -350,6 +350,7 @@ CFIndex CFDictionaryGetCountOfKey(CFDictionaryRef theDict, const void *key)
 
 void CFDictionaryGetKeysAndValues(CFDictionaryRef theDict, const void **keys, const void **values)
 {
+    __CF_SCOPED_POOL
     if (theDict == NULL)
         return;
     __KCFCallbackDictionary *callbackDict = __CFCallbackDictionary(theDict);

@@ -22,7 +22,13 @@ enum {
     __kCFURLTypeID = 29,
     __kCFBundleTypeID = 31,
     __kCFUUIDTypeID = 34,
-    __kCFDateTypeID = 42
+    __kCFDateTypeID = 42,
+    __kCFTimeZoneTypeID = 43,
+    __kCFErrorTypeID = 44,
+    __kCFRunLoopTypeID = 45,
+    __kCFRunLoopTimerTypeID = 46,
+    __kCFCharacterSetTypeID = 47,
+    __kCFLocaleTypeID = 48
 };
 
 /* An object is its own CF reference; these casts only change the static type. */
@@ -32,6 +38,19 @@ enum {
  * interface from plain C or C++ have none of their own. */
 #define __CF_POOL_BEGIN NSAutoreleasePool *__cfPool = [[NSAutoreleasePool alloc] init];
 #define __CF_POOL_END [__cfPool drain];
+
+/* A pool that drains when the enclosing block is left, early returns
+ * included.  Only for functions whose result is not autoreleased. */
+static inline void __CFDrainScopedPool(NSAutoreleasePool **pool)
+{
+    [*pool drain];
+}
+#define __CF_SCOPED_POOL                                                                                               \
+    NSAutoreleasePool *__cfScopedPool __attribute__((cleanup(__CFDrainScopedPool), unused)) =                         \
+        [[NSAutoreleasePool alloc] init];
+
+/* Whether an object is one of the two booleans. */
+BOOL __CFObjectIsBoolean(id object);
 
 /* Whether an object belongs to a type, answered from its class. */
 BOOL __CFIsKindOf(CFTypeRef cf, CFTypeID typeID);

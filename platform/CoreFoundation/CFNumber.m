@@ -1,7 +1,9 @@
-/* CFNumber and CFBoolean over NSNumber.  A number remembers the C type it
- * was made from (Foundation's objCType); conversions report loss as CF does. */
+/* CFNumber and CFBoolean over NSNumber.  A number remembers the sized C
+ * type it was made with; conversions report loss as CF does. */
 #include "CFInternal.h"
+#include <limits.h>
 #include <math.h>
+#include <stdint.h>
 #include <string.h>
 
 CFTypeID CFBooleanGetTypeID(void)
@@ -52,34 +54,256 @@ static CFNumberType __CFCanonicalType(CFNumberType type)
     }
 }
 
+/* A number made by CFNumberCreate: it keeps the sized type it was made
+ * with (Foundation would narrow every small integer to an int) and answers
+ * Foundation's messages like any other NSNumber. */
+@interface __KCFNumber : NSNumber {
+@public
+    CFNumberType _type;
+    union {
+        long long integer;
+        double real;
+    } _value;
+}
+@end
+
+@implementation __KCFNumber
+- (BOOL)__isReal
+{
+    return _type == kCFNumberFloat32Type || _type == kCFNumberFloat64Type;
+}
+
+- (const char *)objCType
+{
+    switch (_type) {
+    case kCFNumberSInt8Type:
+        return @encode(signed char);
+    case kCFNumberSInt16Type:
+        return @encode(short);
+    case kCFNumberSInt32Type:
+        return @encode(int);
+    case kCFNumberFloat32Type:
+        return @encode(float);
+    case kCFNumberFloat64Type:
+        return @encode(double);
+    default:
+        return @encode(long long);
+    }
+}
+
+- (void)getValue:(void *)buffer
+{
+    if (buffer == NULL)
+        return;
+    switch (_type) {
+    case kCFNumberSInt8Type:
+        *(signed char *)buffer = (signed char)_value.integer;
+        break;
+    case kCFNumberSInt16Type:
+        *(short *)buffer = (short)_value.integer;
+        break;
+    case kCFNumberSInt32Type:
+        *(int *)buffer = (int)_value.integer;
+        break;
+    case kCFNumberFloat32Type:
+        *(float *)buffer = (float)_value.real;
+        break;
+    case kCFNumberFloat64Type:
+        *(double *)buffer = _value.real;
+        break;
+    default:
+        *(long long *)buffer = _value.integer;
+        break;
+    }
+}
+
+- (long long)longLongValue
+{
+    if (![self __isReal])
+        return _value.integer;
+    double d = _value.real;
+    return isfinite(d) && d < 9.2e18 && d > -9.2e18 ? (long long)d : 0;
+}
+
+- (double)doubleValue
+{
+    return [self __isReal] ? _value.real : (double)_value.integer;
+}
+
+- (BOOL)boolValue
+{
+    return [self __isReal] ? _value.real != 0 : _value.integer != 0;
+}
+
+- (char)charValue
+{
+    return (char)[self longLongValue];
+}
+
+- (unsigned char)unsignedCharValue
+{
+    return (unsigned char)[self longLongValue];
+}
+
+- (short)shortValue
+{
+    return (short)[self longLongValue];
+}
+
+- (unsigned short)unsignedShortValue
+{
+    return (unsigned short)[self longLongValue];
+}
+
+- (int)intValue
+{
+    return (int)[self longLongValue];
+}
+
+- (unsigned int)unsignedIntValue
+{
+    return (unsigned int)[self longLongValue];
+}
+
+- (long)longValue
+{
+    return (long)[self longLongValue];
+}
+
+- (unsigned long)unsignedLongValue
+{
+    return (unsigned long)[self longLongValue];
+}
+
+- (unsigned long long)unsignedLongLongValue
+{
+    return (unsigned long long)[self longLongValue];
+}
+
+- (NSInteger)integerValue
+{
+    return (NSInteger)[self longLongValue];
+}
+
+- (NSUInteger)unsignedIntegerValue
+{
+    return (NSUInteger)[self longLongValue];
+}
+
+- (float)floatValue
+{
+    return (float)[self doubleValue];
+}
+
+- (NSComparisonResult)compare:(NSNumber *)other
+{
+    if (other == nil)
+        return NSOrderedDescending;
+    const char *otherType = [other objCType];
+    if ([self __isReal] || *otherType == 'f' || *otherType == 'd') {
+        double a = [self doubleValue], b = [other doubleValue];
+        return a < b ? NSOrderedAscending : (a > b ? NSOrderedDescending : NSOrderedSame);
+    }
+    if (*otherType == 'Q' && [other unsignedLongLongValue] > (unsigned long long)LLONG_MAX)
+        return NSOrderedAscending;
+    long long a = _value.integer, b = [other longLongValue];
+    return a < b ? NSOrderedAscending : (a > b ? NSOrderedDescending : NSOrderedSame);
+}
+
+- (BOOL)isEqualToNumber:(NSNumber *)other
+{
+    if (other == (NSNumber *)self)
+        return YES;
+    if (other == nil || __CFObjectIsBoolean(other))
+        return NO;
+    return [self compare:other] == NSOrderedSame;
+}
+
+- (BOOL)isEqual:(id)other
+{
+    if (other == self)
+        return YES;
+    return [other isKindOfClass:[NSNumber class]] && [self isEqualToNumber:other];
+}
+
+/* The hash Foundation gives an equal number: the value's integer part cut
+ * to 32 bits.  Worked out here, since asking Foundation makes an
+ * autoreleased number. */
+- (NSUInteger)hash
+{
+    return (NSUInteger)(uint32_t)[self longLongValue];
+}
+
+- (NSString *)stringValue
+{
+    return [self descriptionWithLocale:nil];
+}
+
+- (NSString *)description
+{
+    return [self descriptionWithLocale:nil];
+}
+
+- (NSString *)descriptionWithLocale:(id)locale
+{
+    (void)locale;
+    if ([self __isReal])
+        return [[NSNumber numberWithDouble:_value.real] descriptionWithLocale:nil];
+    return [NSString stringWithFormat:@"%lld", _value.integer];
+}
+
+- (id)copyWithZone:(NSZone *)zone
+{
+    (void)zone;
+    return [self retain];
+}
+@end
+
 CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType theType, const void *valuePtr)
 {
     (void)allocator;
     if (valuePtr == NULL)
         return NULL;
-    switch (__CFCanonicalType(theType)) {
-    case kCFNumberSInt8Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithChar:*(const SInt8 *)valuePtr];
-    case kCFNumberSInt16Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithShort:*(const SInt16 *)valuePtr];
-    case kCFNumberSInt32Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithInt:*(const SInt32 *)valuePtr];
-    case kCFNumberSInt64Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithLongLong:*(const SInt64 *)valuePtr];
-    case kCFNumberFloat32Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithFloat:*(const Float32 *)valuePtr];
-    case kCFNumberFloat64Type:
-        return (CFNumberRef)[[NSNumber alloc] initWithDouble:*(const Float64 *)valuePtr];
-    default:
+    CFNumberType type = __CFCanonicalType(theType);
+    if (type == 0)
         return NULL;
+    __KCFNumber *number = [__KCFNumber alloc];
+    if (number == nil)
+        return NULL;
+    number->_type = type;
+    switch (type) {
+    case kCFNumberSInt8Type:
+        number->_value.integer = *(const SInt8 *)valuePtr;
+        break;
+    case kCFNumberSInt16Type:
+        number->_value.integer = *(const SInt16 *)valuePtr;
+        break;
+    case kCFNumberSInt32Type:
+        number->_value.integer = *(const SInt32 *)valuePtr;
+        break;
+    case kCFNumberSInt64Type:
+        number->_value.integer = *(const SInt64 *)valuePtr;
+        break;
+    case kCFNumberFloat32Type:
+        number->_value.real = *(const Float32 *)valuePtr;
+        break;
+    default:
+        number->_value.real = *(const Float64 *)valuePtr;
+        break;
     }
+    return (CFNumberRef)number;
 }
 
+/* Numbers made by Foundation answer from their objCType; Foundation keeps
+ * small integers as ints, so those report 32 bits. */
 CFNumberType CFNumberGetType(CFNumberRef number)
 {
     if (number == NULL)
         return 0;
-    switch (*[(NSNumber *)number objCType]) {
+    id object = (id)number;
+    if ([object isKindOfClass:[__KCFNumber class]])
+        return ((__KCFNumber *)object)->_type;
+    switch (*[(NSNumber *)object objCType]) {
     case 'c':
     case 'C':
     case 'B':

@@ -5,6 +5,7 @@
 #include "CFStringEncodingTable.h"
 
 #include <langinfo.h>
+#include <objc/runtime.h>
 #include <locale.h>
 #include <pthread.h>
 #include <stdio.h>
@@ -45,10 +46,14 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
 
 /* A string over a buffer of UTF-16 units of its own.  Foundation refuses
  * unpaired surrogates, which CF strings may hold; such strings are made of
- * this class.  The units are freed with the string. */
+ * this class.  Strings of ASCII text are made of it too, and also keep
+ * their text as a C string, which CFStringGetCStringPtr hands out.  The
+ * buffers are freed with the string. */
 @interface __KCFUnitString : NSString {
+@public
     UniChar *_units;
     NSUInteger _length;
+    char *_ascii;
 }
 - (id)initWithUnits:(UniChar *)units length:(NSUInteger)length;
 @end
@@ -59,12 +64,21 @@ static BOOL __CFRangeIsValid(CFRange range, CFIndex length)
     if ((self = [super init]) != nil) {
         _units = units;
         _length = length;
+        NSUInteger i = 0;
+        while (i < length && units[i] != 0 && units[i] < 0x80)
+            i++;
+        if (i == length && (_ascii = malloc(length + 1)) != NULL) {
+            for (i = 0; i < length; i++)
+                _ascii[i] = (char)units[i];
+            _ascii[length] = 0;
+        }
     }
     return self;
 }
 - (void)dealloc
 {
     free(_units);
+    free(_ascii);
     [super dealloc];
 }
 - (NSUInteger)length
@@ -216,17 +230,26 @@ static BOOL __CFUnitsArePaired(const UniChar *units, CFIndex count)
     return YES;
 }
 
+static BOOL __CFUnitsAreASCII(const UniChar *units, CFIndex count)
+{
+    for (CFIndex i = 0; i < count; i++) {
+        if (units[i] == 0 || units[i] >= 0x80)
+            return NO;
+    }
+    return YES;
+}
+
 /* Takes ownership of units (malloc'ed). */
 static CFStringRef __CFStringFromUnits(UniChar *units, CFIndex count)
 {
-    if (!__CFUnitsArePaired(units, count))
+    if (!__CFUnitsArePaired(units, count) || __CFUnitsAreASCII(units, count))
         return (CFStringRef)[[__KCFUnitString alloc] initWithUnits:units length:(NSUInteger)count];
     return (CFStringRef)[[NSString alloc] initWithCharactersNoCopy:units length:(NSUInteger)count freeWhenDone:YES];
 }
 
 static CFStringRef __CFStringFromCopiedUnits(const UniChar *chars, CFIndex numChars)
 {
-    if (__CFUnitsArePaired(chars, numChars))
+    if (__CFUnitsArePaired(chars, numChars) && !__CFUnitsAreASCII(chars, numChars))
         return (CFStringRef)[[NSString alloc] initWithCharacters:chars length:(NSUInteger)numChars];
     UniChar *units = malloc((numChars ? (size_t)numChars : 1) * sizeof(UniChar));
     if (units == NULL)
@@ -313,33 +336,6 @@ CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef alloc, const UniCh
     return __CFStringFromCopiedUnits(chars, numChars);
 }
 
-CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef alloc, CFDictionaryRef formatOptions,
-                                                 CFStringRef format, va_list arguments)
-{
-    (void)alloc;
-    (void)formatOptions;
-    if (format == NULL)
-        return NULL;
-    CFStringRef result = NULL;
-    __CF_POOL_BEGIN
-    @try {
-        result = (CFStringRef)[[NSString alloc] initWithFormat:__CFStr(format) arguments:arguments];
-    } @catch (NSException *exception) {
-        result = NULL;
-    }
-    __CF_POOL_END
-    return result;
-}
-
-CFStringRef CFStringCreateWithFormat(CFAllocatorRef alloc, CFDictionaryRef formatOptions, CFStringRef format, ...)
-{
-    va_list arguments;
-    va_start(arguments, format);
-    CFStringRef result = CFStringCreateWithFormatAndArguments(alloc, formatOptions, format, arguments);
-    va_end(arguments);
-    return result;
-}
-
 CFStringRef CFStringCreateCopy(CFAllocatorRef alloc, CFStringRef theString)
 {
     (void)alloc;
@@ -369,6 +365,7 @@ CFMutableStringRef CFStringCreateMutable(CFAllocatorRef alloc, CFIndex maxLength
 
 CFMutableStringRef CFStringCreateMutableCopy(CFAllocatorRef alloc, CFIndex maxLength, CFStringRef theString)
 {
+    __CF_SCOPED_POOL
     (void)alloc;
     if (maxLength < 0)
         return NULL;
@@ -485,11 +482,57 @@ Boolean CFStringGetPascalString(CFStringRef theString, StringPtr buffer, CFIndex
     return true;
 }
 
+/* Encodings in which ASCII text is stored byte for byte. */
+static BOOL __CFEncodingExtendsASCII(CFStringEncoding encoding)
+{
+    switch (encoding) {
+    case kCFStringEncodingASCII:
+    case kCFStringEncodingMacRoman:
+    case kCFStringEncodingUTF8:
+    case kCFStringEncodingISOLatin1:
+    case kCFStringEncodingWindowsLatin1:
+    case kCFStringEncodingNonLossyASCII:
+        return YES;
+    default:
+        return NO;
+    }
+}
+
+/* A Foundation literal keeps the compiler's C string; it is the string's
+ * storage when it is plain ASCII. */
+static const char *__CFLiteralBytes(id string)
+{
+    static Class literalClass;
+    static ptrdiff_t bytesOffset = -1;
+    if (literalClass == Nil) {
+        Class cls = objc_lookUpClass("NSConstantString");
+        Ivar ivar = cls != Nil ? class_getInstanceVariable(cls, "nxcsptr") : NULL;
+        if (ivar == NULL)
+            return NULL;
+        bytesOffset = ivar_getOffset(ivar);
+        literalClass = cls;
+    }
+    if (object_getClass(string) != literalClass || bytesOffset < 0)
+        return NULL;
+    const char *bytes = *(const char **)((char *)string + bytesOffset);
+    if (bytes == NULL)
+        return NULL;
+    NSUInteger length = [(NSString *)string length];
+    for (NSUInteger i = 0; i < length; i++) {
+        if (bytes[i] == 0 || (unsigned char)bytes[i] >= 0x80)
+            return NULL;
+    }
+    return bytes[length] == 0 ? bytes : NULL;
+}
+
 const char *CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding)
 {
-    (void)theString;
-    (void)encoding;
-    return NULL;
+    if (theString == NULL || !__CFEncodingExtendsASCII(encoding))
+        return NULL;
+    id string = (id)theString;
+    if ([string isKindOfClass:[__KCFUnitString class]])
+        return ((__KCFUnitString *)string)->_ascii;
+    return __CFLiteralBytes(string);
 }
 
 ConstStringPtr CFStringGetPascalStringPtr(CFStringRef theString, CFStringEncoding encoding)
@@ -501,8 +544,9 @@ ConstStringPtr CFStringGetPascalStringPtr(CFStringRef theString, CFStringEncodin
 
 const UniChar *CFStringGetCharactersPtr(CFStringRef theString)
 {
-    (void)theString;
-    return NULL;
+    if (theString == NULL || ![(id)theString isKindOfClass:[__KCFUnitString class]])
+        return NULL;
+    return ((__KCFUnitString *)theString)->_units;
 }
 
 CFIndex CFStringGetMaximumSizeForEncoding(CFIndex length, CFStringEncoding encoding)
@@ -527,6 +571,7 @@ Boolean CFStringGetFileSystemRepresentation(CFStringRef string, char *buffer, CF
 
 SInt32 CFStringGetIntValue(CFStringRef str)
 {
+    __CF_SCOPED_POOL
     if (str == NULL)
         return 0;
     return (SInt32)[__CFStr(str) intValue];
@@ -534,6 +579,7 @@ SInt32 CFStringGetIntValue(CFStringRef str)
 
 double CFStringGetDoubleValue(CFStringRef str)
 {
+    __CF_SCOPED_POOL
     if (str == NULL)
         return 0.0;
     return [__CFStr(str) doubleValue];
@@ -641,6 +687,7 @@ CFComparisonResult CFStringCompare(CFStringRef theString1, CFStringRef theString
 Boolean CFStringFindWithOptions(CFStringRef theString, CFStringRef stringToFind, CFRange rangeToSearch,
                                 CFStringCompareFlags searchOptions, CFRange *result)
 {
+    __CF_SCOPED_POOL
     if (result != NULL)
         *result = CFRangeMake(kCFNotFound, 0);
     if (theString == NULL || stringToFind == NULL || CFStringGetLength(stringToFind) == 0 ||
@@ -667,6 +714,7 @@ CFRange CFStringFind(CFStringRef theString, CFStringRef stringToFind, CFStringCo
 
 Boolean CFStringHasPrefix(CFStringRef theString, CFStringRef prefix)
 {
+    __CF_SCOPED_POOL
     if (theString == NULL || prefix == NULL || CFStringGetLength(prefix) == 0)
         return false;
     return [__CFStr(theString) hasPrefix:__CFStr(prefix)] ? true : false;
@@ -674,6 +722,7 @@ Boolean CFStringHasPrefix(CFStringRef theString, CFStringRef prefix)
 
 Boolean CFStringHasSuffix(CFStringRef theString, CFStringRef suffix)
 {
+    __CF_SCOPED_POOL
     if (theString == NULL || suffix == NULL || CFStringGetLength(suffix) == 0)
         return false;
     return [__CFStr(theString) hasSuffix:__CFStr(suffix)] ? true : false;
@@ -858,6 +907,7 @@ CFIndex CFStringFindAndReplace(CFMutableStringRef theString, CFStringRef stringT
 
 void CFStringPad(CFMutableStringRef theString, CFStringRef padString, CFIndex length, CFIndex indexIntoPad)
 {
+    __CF_SCOPED_POOL
     if (!__CFIsMutableString(theString) || length < 0)
         return;
     NSMutableString *string = (NSMutableString *)theString;
@@ -881,6 +931,7 @@ void CFStringPad(CFMutableStringRef theString, CFStringRef padString, CFIndex le
 
 void CFStringTrim(CFMutableStringRef theString, CFStringRef trimString)
 {
+    __CF_SCOPED_POOL
     if (!__CFIsMutableString(theString) || trimString == NULL || CFStringGetLength(trimString) == 0)
         return;
     NSMutableString *string = (NSMutableString *)theString;

@@ -1,6 +1,8 @@
-/* CFURL over NSURL.  File URLs are made from POSIX paths; relative paths are
- * taken against the current directory, as CF does. */
-#include "CFInternal.h"
+/* CFURL over NSURL.  File URLs are made from paths in three styles; a
+ * relative path makes a relative URL, kept with its base (the current
+ * folder when none is given), as CF does.  A URL's absolute form is worked
+ * out here (CFURLResolution.m), not by Foundation. */
+#include "CFURLInternal.h"
 #include <limits.h>
 #include <stdlib.h>
 #include <string.h>
@@ -70,23 +72,15 @@ CFDataRef CFURLCreateData(CFAllocatorRef allocator, CFURLRef url, CFStringEncodi
     return CFStringCreateExternalRepresentation(allocator, string, encoding, 0);
 }
 
-/* An absolute path for a POSIX path: relative ones are taken against the
- * current directory, or against base when given. */
-static NSString *__CFAbsolutePath(NSString *path, CFURLRef base)
+/* The current folder as a directory URL: the base of relative paths made
+ * without one. */
+static NSURL *__CFCurrentFolderURL(void)
 {
-    if ([path hasPrefix:@"/"])
-        return path;
-    NSString *root = nil;
-    if (base != NULL) {
-        root = [__CFURL(base) path];
-    } else {
-        char cwd[PATH_MAX];
-        if (getcwd(cwd, sizeof(cwd)) != NULL)
-            root = [NSString stringWithUTF8String:cwd];
-    }
-    if (root == nil)
-        return path;
-    return [root stringByAppendingPathComponent:path];
+    char cwd[PATH_MAX];
+    if (getcwd(cwd, sizeof(cwd)) == NULL)
+        return nil;
+    NSString *path = [NSString stringWithUTF8String:cwd];
+    return path != nil ? [NSURL fileURLWithPath:path isDirectory:YES] : nil;
 }
 
 /* Percent-escapes a POSIX path for the URL's text, keeping "/". */
@@ -111,31 +105,33 @@ static CFURLRef __CFURLCreateForPath(NSString *path, Boolean isDirectory, CFURLR
 {
     if (path == nil || [path length] == 0)
         return NULL;
-    NSString *absolute = __CFAbsolutePath(path, base);
-    while ([absolute length] > 1 && [absolute hasSuffix:@"/"])
-        absolute = [absolute substringToIndex:[absolute length] - 1];
-    if (isDirectory && ![absolute hasSuffix:@"/"])
-        absolute = [absolute stringByAppendingString:@"/"];
-    NSString *text = [@"file://" stringByAppendingString:__CFEscapedPath(absolute)];
-    return (CFURLRef)[[NSURL alloc] initWithString:text];
+    BOOL absolute = [path hasPrefix:@"/"];
+    while ([path length] > 1 && [path hasSuffix:@"/"])
+        path = [path substringToIndex:[path length] - 1];
+    if (isDirectory && ![path hasSuffix:@"/"])
+        path = [path stringByAppendingString:@"/"];
+    if (absolute)
+        return (CFURLRef)[[NSURL alloc] initWithString:[@"file://" stringByAppendingString:__CFEscapedPath(path)]];
+    /* A relative path stays relative; a ":" in its first segment would read as a scheme. */
+    NSString *text = __CFEscapedPath(path);
+    NSRange colon = [text rangeOfString:@":"];
+    NSRange slash = [text rangeOfString:@"/"];
+    if (colon.location != NSNotFound && (slash.location == NSNotFound || colon.location < slash.location))
+        text = [@"./" stringByAppendingString:text];
+    NSURL *baseURL = base != NULL ? (NSURL *)base : __CFCurrentFolderURL();
+    return (CFURLRef)[[NSURL alloc] initWithString:text relativeToURL:baseURL];
 }
 
-/* HFS paths ("Volume:folder:file") name the root volume first; here the
- * root volume is "/". */
-static NSString *__CFPOSIXPathFromHFS(NSString *hfs)
+/* A Windows path in POSIX form: "C:\dir" becomes "/C:/dir", "dir\file" "dir/file". */
+static NSString *__CFPOSIXPathFromWindows(NSString *path)
 {
-    NSArray *parts = [hfs componentsSeparatedByString:@":"];
-    if ([parts count] < 2)
-        return nil;
-    NSMutableString *path = [NSMutableString string];
-    for (NSUInteger i = 1; i < [parts count]; i++) {
-        NSString *part = [parts objectAtIndex:i];
-        if ([part length] == 0)
-            continue;
-        [path appendString:@"/"];
-        [path appendString:[part stringByReplacingOccurrencesOfString:@"/" withString:@":"]];
+    NSString *slashed = [path stringByReplacingOccurrencesOfString:@"\\" withString:@"/"];
+    if ([slashed length] >= 2 && [slashed characterAtIndex:1] == ':') {
+        unichar drive = [slashed characterAtIndex:0];
+        if ((drive >= 'A' && drive <= 'Z') || (drive >= 'a' && drive <= 'z'))
+            return [@"/" stringByAppendingString:slashed];
     }
-    return [path length] ? (NSString *)path : @"/";
+    return slashed;
 }
 
 CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, CFStringRef filePath,
@@ -147,10 +143,12 @@ CFURLRef CFURLCreateWithFileSystemPathRelativeToBase(CFAllocatorRef allocator, C
     CFURLRef result = NULL;
     __CF_URL_GUARD(result, {
         NSString *path = (NSString *)filePath;
-        if (pathStyle == kCFURLHFSPathStyle)
-            path = __CFPOSIXPathFromHFS(path);
-        else if (pathStyle == kCFURLWindowsPathStyle)
-            path = [path stringByReplacingOccurrencesOfString:@"\\" withString:@"/"];
+        if (pathStyle == kCFURLHFSPathStyle) {
+            BOOL absolute = NO;
+            path = __CFPOSIXPathFromHFSPath(path, &absolute);
+        } else if (pathStyle == kCFURLWindowsPathStyle) {
+            path = __CFPOSIXPathFromWindows(path);
+        }
         result = __CFURLCreateForPath(path, isDirectory, baseURL);
     });
     return result;
@@ -191,46 +189,67 @@ static BOOL __CFURLIsFile(NSURL *url)
     return scheme != nil && [scheme caseInsensitiveCompare:@"file"] == NSOrderedSame;
 }
 
+/* The decoded path of the URL, or of its absolute form, without a trailing "/". */
+static NSString *__CFURLPOSIXPath(NSURL *url, BOOL resolveAgainstBase)
+{
+    NSString *text = resolveAgainstBase ? __CFURLAbsoluteString(url) : [url relativeString];
+    NSString *path = [__CFURLRawPathOfText(text) stringByReplacingPercentEscapesUsingEncoding:NSUTF8StringEncoding];
+    if (path == nil)
+        return nil;
+    if ([path hasPrefix:@"./"])
+        path = [path substringFromIndex:2];
+    while ([path length] > 1 && [path hasSuffix:@"/"])
+        path = [path substringToIndex:[path length] - 1];
+    return path;
+}
+
+static NSString *__CFWindowsPathFromPOSIX(NSString *path)
+{
+    if ([path length] >= 3 && [path characterAtIndex:0] == '/' && [path characterAtIndex:2] == ':')
+        path = [path substringFromIndex:1];
+    return [path stringByReplacingOccurrencesOfString:@"/" withString:@"\\"];
+}
+
 CFStringRef CFURLCopyFileSystemPath(CFURLRef anURL, CFURLPathStyle pathStyle)
 {
     if (anURL == NULL)
         return NULL;
     CFStringRef result = NULL;
     __CF_URL_GUARD(result, {
-        NSURL *url = [__CFURL(anURL) absoluteURL];
-        NSString *path = [url path];
-        if (path != nil) {
-            while ([path length] > 1 && [path hasSuffix:@"/"])
-                path = [path substringToIndex:[path length] - 1];
-            if (pathStyle == kCFURLHFSPathStyle) {
-                NSMutableString *hfs = [NSMutableString stringWithString:@"/"];
-                for (NSString *part in [path componentsSeparatedByString:@"/"]) {
-                    if ([part length] == 0)
-                        continue;
-                    [hfs appendString:@":"];
-                    [hfs appendString:[part stringByReplacingOccurrencesOfString:@":" withString:@"/"]];
-                }
-                path = hfs;
+        NSString *path = __CFURLPOSIXPath(__CFURL(anURL), NO);
+        if (path != nil && pathStyle == kCFURLHFSPathStyle) {
+            if ([path hasPrefix:@"/"]) {
+                path = __CFHFSPathFromPOSIXPath(path);
+            } else {
+                NSMutableArray *parts = [NSMutableArray array];
+                for (NSString *part in [path componentsSeparatedByString:@"/"])
+                    [parts addObject:[part stringByReplacingOccurrencesOfString:@":" withString:@"/"]];
+                path = [parts componentsJoinedByString:@":"];
             }
-            result = (CFStringRef)[path copy];
+        } else if (path != nil && pathStyle == kCFURLWindowsPathStyle) {
+            path = __CFWindowsPathFromPOSIX(path);
         }
+        result = path != nil ? (CFStringRef)[path copy] : NULL;
     });
     return result;
 }
 
 Boolean CFURLGetFileSystemRepresentation(CFURLRef url, Boolean resolveAgainstBase, UInt8 *buffer, CFIndex maxBufLen)
 {
-    (void)resolveAgainstBase;
     if (url == NULL || buffer == NULL || maxBufLen <= 0)
         return false;
     buffer[0] = 0;
-    if (!__CFURLIsFile(__CFURL(url)))
-        return false;
-    CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
-    if (path == NULL)
-        return false;
-    Boolean ok = CFStringGetCString(path, (char *)buffer, maxBufLen, kCFStringEncodingUTF8);
-    CFRelease(path);
+    Boolean ok = false;
+    __CF_POOL_BEGIN
+    @try {
+        NSString *path = nil;
+        if (__CFURLIsFile(__CFURL(url)))
+            path = __CFURLPOSIXPath(__CFURL(url), resolveAgainstBase);
+        ok = path != nil && CFStringGetCString((CFStringRef)path, (char *)buffer, maxBufLen, kCFStringEncodingUTF8);
+    } @catch (NSException *exception) {
+        ok = false;
+    }
+    __CF_POOL_END
     return ok;
 }
 
@@ -253,7 +272,7 @@ CFURLRef CFURLCopyAbsoluteURL(CFURLRef relativeURL)
     if (relativeURL == NULL)
         return NULL;
     CFURLRef result = NULL;
-    __CF_URL_GUARD(result, result = (CFURLRef)[[__CFURL(relativeURL) absoluteURL] retain]);
+    __CF_URL_GUARD(result, result = (CFURLRef)[__CFURLAbsolute(__CFURL(relativeURL)) retain]);
     return result;
 }
 
@@ -261,10 +280,14 @@ Boolean CFURLCanBeDecomposed(CFURLRef anURL)
 {
     if (anURL == NULL)
         return false;
-    NSString *text = [__CFURL(anURL) absoluteString];
+    Boolean result = false;
+    __CF_POOL_BEGIN
+    NSString *text = __CFURLAbsoluteString(__CFURL(anURL));
     NSRange colon = [text rangeOfString:@":"];
-    return colon.location == NSNotFound || [text length] == colon.location + 1 ||
-           [text characterAtIndex:colon.location + 1] == '/';
+    result = text != nil && (colon.location == NSNotFound || [text length] == colon.location + 1 ||
+                             [text characterAtIndex:colon.location + 1] == '/');
+    __CF_POOL_END
+    return result;
 }
 
 /* Copies one NSURL accessor's answer, or NULL. */
@@ -300,9 +323,40 @@ CFStringRef CFURLCopyPassword(CFURLRef anURL)
     return __CFURLCopyPart(anURL, @selector(password));
 }
 
+/* What follows the path: ";params", "?query", "#fragment", separators
+ * included; for a URL that cannot be decomposed, all after the scheme. */
 CFStringRef CFURLCopyResourceSpecifier(CFURLRef anURL)
 {
-    return __CFURLCopyPart(anURL, @selector(resourceSpecifier));
+    if (anURL == NULL)
+        return NULL;
+    CFStringRef result = NULL;
+    Boolean decomposable = CFURLCanBeDecomposed(anURL);
+    __CF_URL_GUARD(result, {
+        NSString *text = [__CFURL(anURL) relativeString];
+        NSString *rest = nil;
+        NSRange colon = [text rangeOfString:@":"];
+        NSRange first = [text rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@"/?#;"]];
+        BOOL hasScheme = colon.location != NSNotFound && (first.location == NSNotFound || colon.location < first.location);
+        if (!decomposable) {
+            rest = hasScheme ? [text substringFromIndex:colon.location + 1] : text;
+        } else {
+            NSString *tail = hasScheme ? [text substringFromIndex:colon.location + 1] : text;
+            NSUInteger start = 0;
+            if ([tail hasPrefix:@"//"]) {
+                NSRange end = [tail rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@"/?#"]
+                                                    options:0
+                                                      range:NSMakeRange(2, [tail length] - 2)];
+                start = end.location == NSNotFound ? [tail length] : end.location;
+            }
+            NSRange cut = [tail rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@"?#;"]
+                                                options:0
+                                                  range:NSMakeRange(start, [tail length] - start)];
+            if (cut.location != NSNotFound)
+                rest = [tail substringFromIndex:cut.location];
+        }
+        result = [rest length] ? (CFStringRef)[rest copy] : NULL;
+    });
+    return result;
 }
 
 CFStringRef CFURLCopyNetLocation(CFURLRef anURL)
@@ -323,14 +377,10 @@ CFStringRef CFURLCopyNetLocation(CFURLRef anURL)
 /* The path as written in the URL, percent escapes kept. */
 static NSString *__CFURLRawPath(NSURL *url)
 {
-    NSString *specifier = [url resourceSpecifier];
+    NSString *specifier = __CFURLRawPathOfText([url relativeString]);
     if (specifier == nil)
         return nil;
-    if ([specifier hasPrefix:@"//"]) {
-        NSRange slash = [specifier rangeOfString:@"/" options:0 range:NSMakeRange(2, [specifier length] - 2)];
-        specifier = slash.location == NSNotFound ? @"" : [specifier substringFromIndex:slash.location];
-    }
-    NSRange cut = [specifier rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@"?#;"]];
+    NSRange cut = [specifier rangeOfCharacterFromSet:[NSCharacterSet characterSetWithCharactersInString:@";"]];
     if (cut.location != NSNotFound)
         specifier = [specifier substringToIndex:cut.location];
     return specifier;
@@ -363,6 +413,7 @@ CFStringRef CFURLCopyStrictPath(CFURLRef anURL, Boolean *isAbsolute)
 
 SInt32 CFURLGetPortNumber(CFURLRef anURL)
 {
+    __CF_SCOPED_POOL
     if (anURL == NULL)
         return -1;
     NSNumber *port = [__CFURL(anURL) port];
@@ -383,6 +434,7 @@ CFStringRef CFURLCopyFragment(CFURLRef anURL, CFStringRef charactersToLeaveEscap
 
 Boolean CFURLHasDirectoryPath(CFURLRef anURL)
 {
+    __CF_SCOPED_POOL
     if (anURL == NULL)
         return false;
     NSString *path = __CFURLRawPath(__CFURL(anURL));
@@ -391,6 +443,7 @@ Boolean CFURLHasDirectoryPath(CFURLRef anURL)
 
 CFStringRef CFURLCopyLastPathComponent(CFURLRef url)
 {
+    __CF_SCOPED_POOL
     CFStringRef path = CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle);
     if (path == NULL)
         return NULL;
@@ -401,6 +454,7 @@ CFStringRef CFURLCopyLastPathComponent(CFURLRef url)
 
 CFStringRef CFURLCopyPathExtension(CFURLRef url)
 {
+    __CF_SCOPED_POOL
     CFStringRef last = CFURLCopyLastPathComponent(url);
     if (last == NULL)
         return NULL;
@@ -414,7 +468,7 @@ static CFURLRef __CFURLWithPath(CFURLRef url, NSString *path, Boolean isDirector
 {
     if (__CFURLIsFile(__CFURL(url)))
         return __CFURLCreateForPath(path, isDirectory, NULL);
-    NSURL *absolute = [__CFURL(url) absoluteURL];
+    NSURL *absolute = __CFURLAbsolute(__CFURL(url));
     NSString *text = [absolute absoluteString];
     NSString *oldPath = __CFURLRawPath(absolute);
     NSRange at = oldPath != nil ? [text rangeOfString:oldPath] : NSMakeRange(NSNotFound, 0);
@@ -432,7 +486,7 @@ CFURLRef CFURLCreateCopyAppendingPathComponent(CFAllocatorRef allocator, CFURLRe
         return NULL;
     CFURLRef result = NULL;
     __CF_URL_GUARD(result, {
-        NSString *path = [[__CFURL(url) absoluteURL] path];
+        NSString *path = [__CFURLAbsolute(__CFURL(url)) path];
         if (path == nil || [path length] == 0)
             path = @"/";
         result = __CFURLWithPath(url, [path stringByAppendingPathComponent:(NSString *)pathComponent], isDirectory);
@@ -447,7 +501,7 @@ CFURLRef CFURLCreateCopyDeletingLastPathComponent(CFAllocatorRef allocator, CFUR
         return NULL;
     CFURLRef result = NULL;
     __CF_URL_GUARD(result, {
-        NSString *path = [[__CFURL(url) absoluteURL] path];
+        NSString *path = [__CFURLAbsolute(__CFURL(url)) path];
         if (path != nil)
             result = __CFURLWithPath(url, [path stringByDeletingLastPathComponent], true);
     });
@@ -461,7 +515,7 @@ CFURLRef CFURLCreateCopyAppendingPathExtension(CFAllocatorRef allocator, CFURLRe
         return NULL;
     CFURLRef result = NULL;
     __CF_URL_GUARD(result, {
-        NSString *path = [[__CFURL(url) absoluteURL] path];
+        NSString *path = [__CFURLAbsolute(__CFURL(url)) path];
         if (path != nil)
             result = __CFURLWithPath(url, [path stringByAppendingPathExtension:(NSString *)extension],
                                      CFURLHasDirectoryPath(url));
@@ -476,7 +530,7 @@ CFURLRef CFURLCreateCopyDeletingPathExtension(CFAllocatorRef allocator, CFURLRef
         return NULL;
     CFURLRef result = NULL;
     __CF_URL_GUARD(result, {
-        NSString *path = [[__CFURL(url) absoluteURL] path];
+        NSString *path = [__CFURLAbsolute(__CFURL(url)) path];
         if (path != nil)
             result = __CFURLWithPath(url, [path stringByDeletingPathExtension], CFURLHasDirectoryPath(url));
     });
@@ -487,9 +541,13 @@ CFStringRef CFURLCreateStringByReplacingPercentEscapesUsingEncoding(CFAllocatorR
                                                                     CFStringRef charsToLeaveEscaped,
                                                                     CFStringEncoding encoding)
 {
+    __CF_SCOPED_POOL
     (void)allocator;
     if (origString == NULL)
         return NULL;
+    /* NULL leaves every escape in place; the empty string replaces them all. */
+    if (charsToLeaveEscaped == NULL)
+        return CFStringCreateCopy(allocator, origString);
     CFIndex length = CFStringGetLength(origString);
     UInt8 *bytes = malloc((size_t)length + 1);
     NSMutableString *result = [[NSMutableString alloc] init];
@@ -565,6 +623,7 @@ CFStringRef CFURLCreateStringByAddingPercentEscapes(CFAllocatorRef allocator, CF
                                                     CFStringRef legalURLCharactersToBeEscaped,
                                                     CFStringEncoding encoding)
 {
+    __CF_SCOPED_POOL
     (void)allocator;
     if (originalString == NULL)
         return NULL;

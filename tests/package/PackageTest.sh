@@ -96,6 +96,12 @@ run "$work/cmake-build/consumer"
 run "$work/cmake-build/classhost"
 run "$work/cmake-build/consumer-objc"
 
+# Mac-style C against CoreFoundation alone: dates, sets, errors, preferences,
+# a run-loop timer and character sets.
+gcc -std=c11 -Wall -Wextra -Werror $extra "$source_dir/package/mac_style.c" -o "$work/mac_style" \
+    $(pkg-config --cflags --libs koru)
+run "$work/mac_style"
+
 run "$prefix/bin/koru" > "$work/tour.txt"
 grep -q '@(#)KORU v1.0 (2006-03-31)' "$work/tour.txt"
 echo "package: installed headers, libraries, bundle, pkg-config and CMake package all usable"

@@ -109,6 +109,78 @@ TEST(CFBase, NumbersKeepTheirTypeAndReportLoss)
     EXPECT_TRUE(std::isinf(inf));
 }
 
+TEST(CFBase, NumbersReportTheTypeTheyWereMadeWith)
+{
+    SInt8 i8 = -5;
+    SInt16 i16 = 300;
+    SInt64 i64 = 7;
+    float f32 = 1.5f;
+    int plainInt = 9;
+    struct {
+        CFNumberType made;
+        const void *value;
+        CFNumberType reported;
+        CFIndex size;
+    } const cases[] = {
+        {kCFNumberSInt8Type, &i8, kCFNumberSInt8Type, 1},    {kCFNumberCharType, &i8, kCFNumberSInt8Type, 1},
+        {kCFNumberSInt16Type, &i16, kCFNumberSInt16Type, 2}, {kCFNumberSInt64Type, &i64, kCFNumberSInt64Type, 8},
+        {kCFNumberFloat32Type, &f32, kCFNumberFloat32Type, 4}, {kCFNumberIntType, &plainInt, kCFNumberSInt32Type, 4},
+    };
+    for (const auto &c : cases) {
+        CFNumberRef n = CFNumberCreate(nullptr, c.made, c.value);
+        ASSERT_NE(n, nullptr);
+        EXPECT_EQ(CFNumberGetType(n), c.reported) << c.made;
+        EXPECT_EQ(CFNumberGetByteSize(n), c.size) << c.made;
+        EXPECT_EQ(CFGetTypeID(n), CFNumberGetTypeID());
+        CFRelease(n);
+    }
+    // Equal values of different widths are equal and hash alike.
+    CFNumberRef small = CFNumberCreate(nullptr, kCFNumberSInt8Type, &i8);
+    SInt64 wide = -5;
+    CFNumberRef big = CFNumberCreate(nullptr, kCFNumberSInt64Type, &wide);
+    EXPECT_TRUE(CFEqual(small, big));
+    EXPECT_EQ(CFHash(small), CFHash(big));
+    SInt16 back = 0;
+    EXPECT_TRUE(CFNumberGetValue(small, kCFNumberSInt16Type, &back));
+    EXPECT_EQ(back, -5);
+    CFRelease(small);
+    CFRelease(big);
+}
+
+TEST(CFBase, BooleansAreImmortalAndNeverEqualNumbers)
+{
+    int one = 1, zero = 0;
+    CFNumberRef numberOne = CFNumberCreate(nullptr, kCFNumberIntType, &one);
+    CFNumberRef numberZero = CFNumberCreate(nullptr, kCFNumberIntType, &zero);
+    EXPECT_FALSE(CFEqual(kCFBooleanTrue, numberOne));
+    EXPECT_FALSE(CFEqual(numberOne, kCFBooleanTrue));
+    EXPECT_FALSE(CFEqual(kCFBooleanFalse, numberZero));
+    EXPECT_FALSE(CFEqual(kCFBooleanTrue, kCFBooleanFalse));
+    EXPECT_TRUE(CFEqual(kCFBooleanTrue, kCFBooleanTrue));
+    EXPECT_EQ(CFGetTypeID(kCFBooleanTrue), CFBooleanGetTypeID());
+    EXPECT_EQ(CFGetTypeID(numberOne), CFNumberGetTypeID());
+
+    // A dictionary keyed by both holds two entries, in either order.
+    for (int order = 0; order < 2; order++) {
+        CFMutableDictionaryRef dict =
+            CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
+        CFTypeRef boolean = kCFBooleanTrue, number = numberOne;
+        CFDictionarySetValue(dict, order ? number : boolean, CFSTR("first"));
+        CFDictionarySetValue(dict, order ? boolean : number, CFSTR("second"));
+        EXPECT_EQ(CFDictionaryGetCount(dict), 2);
+        EXPECT_TRUE(CFEqual(CFDictionaryGetValue(dict, kCFBooleanTrue), order ? CFSTR("second") : CFSTR("first")));
+        CFRelease(dict);
+    }
+    CFRelease(numberOne);
+    CFRelease(numberZero);
+
+    // No number of releases frees them.
+    for (int i = 0; i < 10; i++)
+        CFRelease(kCFBooleanTrue);
+    EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
+    EXPECT_EQ(CFRetain(kCFBooleanFalse), kCFBooleanFalse);
+}
+
 TEST(CFBase, DataCopiesAndEdits)
 {
     const UInt8 bytes[] = {'a', 'b', 'c', 'd'};

@@ -63,16 +63,138 @@ TEST(CFURL, FilePathsRoundTrip)
     CFRelease(root);
 }
 
-TEST(CFURL, RelativePathsAreTakenAgainstTheCurrentFolder)
+TEST(CFURL, RelativePathsStayRelativeToTheirBase)
 {
+    CFURLRef usr = CFURLCreateWithFileSystemPath(nullptr, CFSTR("/usr/"), kCFURLPOSIXPathStyle, true);
+    CFURLRef share =
+        CFURLCreateWithFileSystemPathRelativeToBase(nullptr, CFSTR("local/share"), kCFURLPOSIXPathStyle, true, usr);
+    ASSERT_NE(share, nullptr);
+    EXPECT_EQ(Text(static_cast<CFStringRef>(CFRetain(CFURLGetString(share)))), "local/share/");
+    EXPECT_EQ(CFURLGetBaseURL(share), usr);
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(share, kCFURLPOSIXPathStyle)), "local/share");
+    EXPECT_EQ(UrlText(CFURLCopyAbsoluteURL(share)), "file:///usr/local/share/");
+    UInt8 resolved[64];
+    ASSERT_TRUE(CFURLGetFileSystemRepresentation(share, true, resolved, sizeof resolved));
+    EXPECT_STREQ(reinterpret_cast<char *>(resolved), "/usr/local/share");
+    ASSERT_TRUE(CFURLGetFileSystemRepresentation(share, false, resolved, sizeof resolved));
+    EXPECT_STREQ(reinterpret_cast<char *>(resolved), "local/share");
+    CFRelease(share);
+    CFRelease(usr);
+
+    // Without a base the current folder becomes the base; the path stays as given.
     char cwd[1024];
     ASSERT_NE(getcwd(cwd, sizeof cwd), nullptr);
     CFURLRef url = CFURLCreateWithFileSystemPath(nullptr, CFSTR("some/file"), kCFURLPOSIXPathStyle, false);
-    EXPECT_EQ(Text(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle)), std::string(cwd) + "/some/file");
+    EXPECT_EQ(Text(static_cast<CFStringRef>(CFRetain(CFURLGetString(url)))), "some/file");
+    ASSERT_NE(CFURLGetBaseURL(url), nullptr);
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(CFURLGetBaseURL(url), kCFURLPOSIXPathStyle)), cwd);
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(url, kCFURLPOSIXPathStyle)), "some/file");
+    CFURLRef absolute = CFURLCopyAbsoluteURL(url);
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(absolute, kCFURLPOSIXPathStyle)), std::string(cwd) + "/some/file");
+    CFRelease(absolute);
     CFRelease(url);
     const UInt8 bytes[] = "/x/y";
     CFURLRef fromBytes = CFURLCreateFromFileSystemRepresentation(nullptr, bytes, 4, false);
     EXPECT_EQ(UrlText(fromBytes), "file:///x/y");
+}
+
+// The reference resolution examples of RFC 3986, section 5.4.
+TEST(CFURL, ReferencesResolveByTheRFCAlgorithm)
+{
+    const char *const examples[][2] = {
+        {"g:h", "g:h"}, {"g", "http://a/b/c/g"}, {"./g", "http://a/b/c/g"}, {"g/", "http://a/b/c/g/"},
+        {"/g", "http://a/g"}, {"//g", "http://g"}, {"?y", "http://a/b/c/d;p?y"}, {"g?y", "http://a/b/c/g?y"},
+        {"#s", "http://a/b/c/d;p?q#s"}, {"g#s", "http://a/b/c/g#s"}, {"g?y#s", "http://a/b/c/g?y#s"},
+        {";x", "http://a/b/c/;x"}, {"g;x", "http://a/b/c/g;x"}, {"g;x?y#s", "http://a/b/c/g;x?y#s"},
+        {"", "http://a/b/c/d;p?q"}, {".", "http://a/b/c/"}, {"./", "http://a/b/c/"}, {"..", "http://a/b/"},
+        {"../", "http://a/b/"}, {"../g", "http://a/b/g"}, {"../..", "http://a/"}, {"../../", "http://a/"},
+        {"../../g", "http://a/g"},
+        // Abnormal examples.
+        {"../../../g", "http://a/g"}, {"../../../../g", "http://a/g"}, {"/./g", "http://a/g"},
+        {"/../g", "http://a/g"}, {"g.", "http://a/b/c/g."}, {".g", "http://a/b/c/.g"}, {"g..", "http://a/b/c/g.."},
+        {"..g", "http://a/b/c/..g"}, {"./../g", "http://a/b/g"}, {"./g/.", "http://a/b/c/g/"},
+        {"g/./h", "http://a/b/c/g/h"}, {"g/../h", "http://a/b/c/h"}, {"g;x=1/./y", "http://a/b/c/g;x=1/y"},
+        {"g;x=1/../y", "http://a/b/c/y"}, {"g?y/./x", "http://a/b/c/g?y/./x"}, {"g?y/../x", "http://a/b/c/g?y/../x"},
+        {"g#s/./x", "http://a/b/c/g#s/./x"}, {"g#s/../x", "http://a/b/c/g#s/../x"}, {"http:g", "http:g"},
+    };
+    CFURLRef base = CFURLCreateWithString(nullptr, CFSTR("http://a/b/c/d;p?q"), nullptr);
+    ASSERT_NE(base, nullptr);
+    for (const auto &example : examples) {
+        CFStringRef reference = CFStringCreateWithCString(nullptr, example[0], kCFStringEncodingUTF8);
+        CFURLRef relative = CFURLCreateWithString(nullptr, reference, base);
+        CFRelease(reference);
+        ASSERT_NE(relative, nullptr) << example[0];
+        EXPECT_EQ(UrlText(CFURLCopyAbsoluteURL(relative)), example[1]) << example[0];
+        CFRelease(relative);
+    }
+    CFRelease(base);
+
+    // A new path drops the base's query; dot segments are worked out.
+    CFURLRef api = CFURLCreateWithString(nullptr, CFSTR("http://host/api/v1?key=1"), nullptr);
+    CFURLRef other = CFURLCreateWithString(nullptr, CFSTR("other"), api);
+    EXPECT_EQ(UrlText(CFURLCopyAbsoluteURL(other)), "http://host/api/other");
+    CFRelease(other);
+    CFRelease(api);
+    CFURLRef documents = CFURLCreateWithString(nullptr, CFSTR("file:///Users/me/Documents/"), nullptr);
+    CFURLRef picture = CFURLCreateWithString(nullptr, CFSTR("../Pictures/a.png"), documents);
+    EXPECT_EQ(UrlText(CFURLCopyAbsoluteURL(picture)), "file:///Users/me/Pictures/a.png");
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(CFURLCopyAbsoluteURL(picture), kCFURLPOSIXPathStyle)),
+              "/Users/me/Pictures/a.png");
+    CFRelease(picture);
+    CFRelease(documents);
+}
+
+TEST(CFURL, ResourceSpecifierIsWhatFollowsThePath)
+{
+    const char *const cases[][2] = {
+        {"http://host/path?query#fragment", "?query#fragment"},
+        {"http://host/path;params?q", ";params?q"},
+        {"http://host/path", "<null>"},
+        {"http://host", "<null>"},
+        {"mailto:someone@example.org", "someone@example.org"},
+    };
+    for (const auto &c : cases) {
+        CFStringRef text = CFStringCreateWithCString(nullptr, c[0], kCFStringEncodingUTF8);
+        CFURLRef url = CFURLCreateWithString(nullptr, text, nullptr);
+        CFRelease(text);
+        ASSERT_NE(url, nullptr) << c[0];
+        EXPECT_EQ(Text(CFURLCopyResourceSpecifier(url)), c[1]) << c[0];
+        CFRelease(url);
+    }
+    EXPECT_EQ(CFURLCopyResourceSpecifier(nullptr), nullptr);
+}
+
+TEST(CFURL, WindowsAndHFSPathStyles)
+{
+    CFURLRef windows = CFURLCreateWithFileSystemPath(nullptr, CFSTR("C:\\WINDOWS"), kCFURLWindowsPathStyle, true);
+    EXPECT_EQ(Text(static_cast<CFStringRef>(CFRetain(CFURLGetString(windows)))), "file:///C:/WINDOWS/");
+    EXPECT_EQ(CFURLGetBaseURL(windows), nullptr);
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(windows, kCFURLWindowsPathStyle)), "C:\\WINDOWS");
+    CFRelease(windows);
+    CFURLRef relative = CFURLCreateWithFileSystemPath(nullptr, CFSTR("dir\\file.txt"), kCFURLWindowsPathStyle, false);
+    EXPECT_EQ(Text(static_cast<CFStringRef>(CFRetain(CFURLGetString(relative)))), "dir/file.txt");
+    CFRelease(relative);
+
+    // A relative HFS path makes a relative URL.
+    CFURLRef foo = CFURLCreateWithFileSystemPath(nullptr, CFSTR("foo"), kCFURLHFSPathStyle, false);
+    ASSERT_NE(foo, nullptr);
+    EXPECT_EQ(Text(static_cast<CFStringRef>(CFRetain(CFURLGetString(foo)))), "foo");
+    EXPECT_EQ(Text(CFURLCopyFileSystemPath(foo, kCFURLHFSPathStyle)), "foo");
+    CFRelease(foo);
+
+    // An absolute one starts with the name of the volume holding it (the
+    // machine's name for a root volume without a label), and reads back.
+    CFURLRef tmp = CFURLCreateWithFileSystemPath(nullptr, CFSTR("/usr/bin/env"), kCFURLPOSIXPathStyle, false);
+    std::string hfs = Text(CFURLCopyFileSystemPath(tmp, kCFURLHFSPathStyle));
+    CFRelease(tmp);
+    ASSERT_NE(hfs.find(':'), std::string::npos);
+    EXPECT_NE(hfs.front(), ':');
+    EXPECT_NE(hfs.find(":bin:env"), std::string::npos) << hfs;
+    CFStringRef hfsText = CFStringCreateWithCString(nullptr, hfs.c_str(), kCFStringEncodingUTF8);
+    CFURLRef back = CFURLCreateWithFileSystemPath(nullptr, hfsText, kCFURLHFSPathStyle, false);
+    CFRelease(hfsText);
+    EXPECT_EQ(UrlText(back), "file:///usr/bin/env");
+    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, CFSTR("NoSuchVolume-koru:x"), kCFURLHFSPathStyle, false), nullptr);
 }
 
 TEST(CFURL, NetworkURLsDecompose)
@@ -105,6 +227,9 @@ TEST(CFURL, PercentEscapesRoundTrip)
     EXPECT_EQ(Text(CFURLCreateStringByReplacingPercentEscapes(nullptr, escaped, CFSTR("&"))), "a b/\u00e9?%26");
     CFRelease(escaped);
     EXPECT_EQ(CFURLCreateStringByReplacingPercentEscapes(nullptr, CFSTR("bad%2"), CFSTR("")), nullptr);
+    // NULL leaves every escape; the empty string replaces them all.
+    EXPECT_EQ(Text(CFURLCreateStringByReplacingPercentEscapes(nullptr, CFSTR("a%20b%2Fc"), nullptr)), "a%20b%2Fc");
+    EXPECT_EQ(Text(CFURLCreateStringByReplacingPercentEscapes(nullptr, CFSTR("a%20b%2Fc"), CFSTR(""))), "a b/c");
 }
 
 }  // namespace

@@ -69,4 +69,76 @@ KT_CASE(CollectionsMadeByCFAreFoundationCollections)
     CFRelease(plain);
 }
 
+KT_CASE(NewTypesAreTheirFoundationClasses)
+{
+    /* Dates and time zones. */
+    CFDateRef date = CFDateCreate(NULL, 86400);
+    KT_EXPECT([(id)date isKindOfClass:[NSDate class]]);
+    KT_EXPECT([(NSDate *)date timeIntervalSinceReferenceDate] == 86400);
+    KT_EXPECT(CFDateGetAbsoluteTime((CFDateRef)[NSDate dateWithTimeIntervalSinceReferenceDate:5]) == 5);
+    KT_EXPECT(CFGetTypeID((CFTypeRef)[NSDate date]) == CFDateGetTypeID());
+    CFRelease(date);
+    KT_EXPECT(CFGetTypeID((CFTypeRef)[NSTimeZone timeZoneForSecondsFromGMT:0]) == CFTimeZoneGetTypeID());
+    KT_EXPECT(CFTimeZoneGetSecondsFromGMT((CFTimeZoneRef)[NSTimeZone timeZoneForSecondsFromGMT:3600], 0) == 3600);
+
+    /* Sets, both ways. */
+    NSSet *set = [NSSet setWithObjects:@"a", @"b", nil];
+    KT_EXPECT(CFGetTypeID((CFTypeRef)set) == CFSetGetTypeID());
+    KT_EXPECT(CFSetContainsValue((CFSetRef)set, CFSTR("a")));
+    CFMutableSetRef made = CFSetCreateMutable(NULL, 0, &kCFTypeSetCallBacks);
+    [(NSMutableSet *)made addObject:@"x"];
+    KT_EXPECT(CFSetGetCount(made) == 1);
+    KT_EXPECT([(NSSet *)made containsObject:@"x"]);
+    CFRelease(made);
+    CFMutableSetRef pointers = CFSetCreateMutable(NULL, 0, NULL);
+    CFSetAddValue(pointers, @"kept");
+    KT_EXPECT([(NSSet *)pointers count] == 1);
+    KT_EXPECT_EQUAL_OBJECTS([[(NSSet *)pointers objectEnumerator] nextObject], @"kept");
+    CFRelease(pointers);
+
+    /* Errors: the domains are Foundation's. */
+    KT_EXPECT([(NSString *)kCFErrorDomainPOSIX isEqualToString:NSPOSIXErrorDomain]);
+    KT_EXPECT([(NSString *)kCFErrorLocalizedDescriptionKey isEqualToString:NSLocalizedDescriptionKey]);
+    NSError *nsError = [NSError errorWithDomain:NSCocoaErrorDomain code:4 userInfo:nil];
+    KT_EXPECT(CFGetTypeID((CFTypeRef)nsError) == CFErrorGetTypeID());
+    KT_EXPECT(CFErrorGetCode((CFErrorRef)nsError) == 4);
+    CFErrorRef cfError = CFErrorCreate(NULL, kCFErrorDomainPOSIX, 2, NULL);
+    KT_EXPECT([(NSError *)cfError code] == 2);
+    KT_EXPECT_EQUAL_OBJECTS([(NSError *)cfError domain], NSPOSIXErrorDomain);
+    CFRelease(cfError);
+
+    /* Run loops, timers, character sets, locales. */
+    KT_EXPECT((id)CFRunLoopGetCurrent() == [NSRunLoop currentRunLoop]);
+    KT_EXPECT([(NSString *)kCFRunLoopDefaultMode isEqualToString:NSDefaultRunLoopMode]);
+    KT_EXPECT(CFGetTypeID((CFTypeRef)[NSCharacterSet letterCharacterSet]) == CFCharacterSetGetTypeID());
+    KT_EXPECT(CFCharacterSetIsCharacterMember((CFCharacterSetRef)[NSCharacterSet decimalDigitCharacterSet], '5'));
+    KT_EXPECT([(NSCharacterSet *)CFCharacterSetGetPredefined(kCFCharacterSetWhitespace) characterIsMember:' ']);
+    CFLocaleRef locale = CFLocaleCreate(NULL, CFSTR("de_DE"));
+    KT_EXPECT_EQUAL_OBJECTS([(NSLocale *)locale localeIdentifier], @"de_DE");
+    CFRelease(locale);
+}
+
+KT_CASE(BooleansAndNumbersStayApartInFoundation)
+{
+    NSNumber *one = [NSNumber numberWithInt:1];
+    KT_EXPECT(![one isEqual:(id)kCFBooleanTrue]);
+    KT_EXPECT(![(id)kCFBooleanTrue isEqual:one]);
+    KT_EXPECT([(id)kCFBooleanTrue isEqual:[NSNumber numberWithBool:YES]]);
+    NSMutableDictionary *dict = [NSMutableDictionary dictionary];
+    [dict setObject:@"number" forKey:one];
+    [dict setObject:@"boolean" forKey:(id)kCFBooleanTrue];
+    KT_EXPECT([dict count] == 2);
+    /* A number made by CF keeps its width for Foundation too. */
+    SInt16 value = 300;
+    CFNumberRef number = CFNumberCreate(NULL, kCFNumberSInt16Type, &value);
+    KT_EXPECT(strcmp([(NSNumber *)number objCType], @encode(short)) == 0);
+    KT_EXPECT([(NSNumber *)number intValue] == 300);
+    KT_EXPECT([(NSNumber *)number isEqual:[NSNumber numberWithInt:300]]);
+    KT_EXPECT([[NSNumber numberWithInt:300] isEqual:(NSNumber *)number]);
+    KT_EXPECT_EQUAL_OBJECTS([(NSNumber *)number description], @"300");
+    CFRelease(number);
+    /* The C string of a Foundation literal is handed out as it is stored. */
+    KT_EXPECT(CFStringGetCStringPtr((CFStringRef) @"literal", kCFStringEncodingUTF8) != NULL);
+}
+
 KT_MAIN()

@@ -49,6 +49,11 @@ CF_EXPORT void CFArrayRemoveValueAtIndex(CFMutableArrayRef theArray, CFIndex idx
 CF_EXPORT void CFArrayRemoveAllValues(CFMutableArrayRef theArray);
 CF_EXPORT void CFArrayReplaceValues(CFMutableArrayRef theArray, CFRange range, const void **newValues, CFIndex newCount);
 CF_EXPORT void CFArrayExchangeValuesAtIndices(CFMutableArrayRef theArray, CFIndex idx1, CFIndex idx2);
+/* Binary search of a range sorted by comparator: the index of a value equal
+ * to value, else the index where value would be inserted (range.location +
+ * range.length when it sorts after them all); kCFNotFound for a NULL array
+ * or comparator, or a range outside the array. */
+CF_EXPORT CFIndex CFArrayBSearchValues(CFArrayRef theArray, CFRange range, const void *value, CFComparatorFunction comparator, void *context);
 CF_EXPORT void CFArraySortValues(CFMutableArrayRef theArray, CFRange range, CFComparatorFunction comparator, void *context);
 CF_EXPORT void CFArrayAppendArray(CFMutableArrayRef theArray, CFArrayRef otherArray, CFRange otherRange);
 

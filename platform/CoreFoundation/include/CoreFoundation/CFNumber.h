@@ -43,7 +43,9 @@ CF_EXPORT const CFNumberRef kCFNumberNaN;
 CF_EXPORT CFTypeID CFNumberGetTypeID(void);
 /* NULL for a NULL valuePtr or an unknown type. */
 CF_EXPORT CFNumberRef CFNumberCreate(CFAllocatorRef allocator, CFNumberType theType, const void *valuePtr);
-/* The stored type (unsigned values are stored in the next wider signed type); 0 for NULL. */
+/* The sized type the number was made with (kCFNumberIntType reads back as
+ * kCFNumberSInt32Type, kCFNumberDoubleType as kCFNumberFloat64Type); a
+ * Foundation number answers from its objCType.  0 for NULL. */
 CF_EXPORT CFNumberType CFNumberGetType(CFNumberRef number);
 CF_EXPORT CFIndex CFNumberGetByteSize(CFNumberRef number);
 CF_EXPORT Boolean CFNumberIsFloatType(CFNumberRef number);

@@ -14,14 +14,10 @@
 #include <CoreFoundation/CFBase.h>
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFString.h>
+#include <CoreFoundation/CFError.h>
 
 CF_EXTERN_C_BEGIN
 
-#ifndef COREFOUNDATION_CFERRORREF_DEFINED
-#define COREFOUNDATION_CFERRORREF_DEFINED 1
-/* An NSError; read it with CFCopyDescription. */
-typedef struct __CFError *CFErrorRef;
-#endif
 
 typedef CFOptionFlags CFPropertyListMutabilityOptions;
 enum {

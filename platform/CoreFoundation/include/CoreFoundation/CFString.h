@@ -14,6 +14,8 @@
 #include <CoreFoundation/CFArray.h>
 #include <CoreFoundation/CFData.h>
 #include <CoreFoundation/CFDictionary.h>
+#include <CoreFoundation/CFCharacterSet.h>
+#include <CoreFoundation/CFLocale.h>
 #include <stdarg.h>
 
 CF_EXTERN_C_BEGIN
@@ -115,7 +117,10 @@ CF_EXPORT CFStringRef CFStringCreateWithCharactersNoCopy(CFAllocatorRef alloc, c
  * without one is read big-endian). */
 CF_EXPORT CFStringRef CFStringCreateWithBytes(CFAllocatorRef alloc, const UInt8 *bytes, CFIndex numBytes, CFStringEncoding encoding, Boolean isExternalRepresentation);
 CF_EXPORT CFStringRef CFStringCreateWithBytesNoCopy(CFAllocatorRef alloc, const UInt8 *bytes, CFIndex numBytes, CFStringEncoding encoding, Boolean isExternalRepresentation, CFAllocatorRef contentsDeallocator);
-/* printf formats plus %@ for any CF object (its description); formatOptions is ignored. */
+/* printf formats plus %@ for any CF object (its description), positional
+ * arguments ("%2$@") included; formatOptions is ignored.  As CF prints them:
+ * a NULL %p is "0x0", a NULL %s or %@ is "(null)" (never padded for %s), a
+ * NaN has no sign, %n stores nothing and unknown conversions are dropped. */
 CF_EXPORT CFStringRef CFStringCreateWithFormat(CFAllocatorRef alloc, CFDictionaryRef formatOptions, CFStringRef format, ...);
 CF_EXPORT CFStringRef CFStringCreateWithFormatAndArguments(CFAllocatorRef alloc, CFDictionaryRef formatOptions, CFStringRef format, va_list arguments);
 CF_EXPORT CFStringRef CFStringCreateCopy(CFAllocatorRef alloc, CFStringRef theString);
@@ -138,9 +143,15 @@ CF_EXPORT void CFStringGetCharacters(CFStringRef theString, CFRange range, UniCh
  * the buffer then holds an empty string (when bufferSize > 0). */
 CF_EXPORT Boolean CFStringGetCString(CFStringRef theString, char *buffer, CFIndex bufferSize, CFStringEncoding encoding);
 CF_EXPORT Boolean CFStringGetPascalString(CFStringRef theString, StringPtr buffer, CFIndex bufferSize, CFStringEncoding encoding);
-/* Direct pointers are never available here: these answer NULL, as CF allows. */
+/* The string's own bytes when it is stored as ASCII text and the encoding
+ * holds ASCII byte for byte (ASCII, MacRoman, UTF-8, Latin 1): strings made
+ * by CF from ASCII text, CFSTR constants and Foundation literals.  NULL
+ * otherwise, as CF allows; the pointer lives as long as the string. */
 CF_EXPORT const char *CFStringGetCStringPtr(CFStringRef theString, CFStringEncoding encoding);
+/* Always NULL here, as CF allows. */
 CF_EXPORT ConstStringPtr CFStringGetPascalStringPtr(CFStringRef theString, CFStringEncoding encoding);
+/* The string's own UTF-16 units when it keeps them in one buffer (strings
+ * made by CF from units or ASCII text, CFSTR constants); NULL otherwise. */
 CF_EXPORT const UniChar *CFStringGetCharactersPtr(CFStringRef theString);
 /* Converts the range into buffer (or only measures when buffer is NULL).
  * Answers how many UTF-16 units were converted; usedBufLen receives the bytes. */
@@ -206,6 +217,66 @@ CF_EXPORT CFStringEncoding CFStringGetMostCompatibleMacStringEncoding(CFStringEn
 CF_EXPORT void CFShow(CFTypeRef obj);
 CF_EXPORT void CFShowStr(CFStringRef str);
 
+/* ---- Unicode: character sets, lines, normalization, folding ----------- */
+
+/* Finds the first (or, with kCFCompareBackwards, last) character of
+ * rangeToSearch in theSet; result (may be NULL) gets its range.  With
+ * kCFCompareAnchored only the first (last) character is looked at.  false
+ * for NULL arguments or a range outside the string. */
+CF_EXPORT Boolean CFStringFindCharacterFromSet(CFStringRef theString, CFCharacterSetRef theSet, CFRange rangeToSearch, CFStringCompareFlags searchOptions, CFRange *result);
+/* The lines (ended by LF, CR, CR LF, U+2028, U+0085, U+2029) that range
+ * touches: where the first begins, where the last ends after its end of
+ * line, and where its contents end.  Each out-pointer may be NULL. */
+CF_EXPORT void CFStringGetLineBounds(CFStringRef theString, CFRange range, CFIndex *lineBeginIndex, CFIndex *lineEndIndex, CFIndex *contentsEndIndex);
+/* The same for paragraphs (ended by LF, CR, CR LF, U+2029 only). */
+CF_EXPORT void CFStringGetParagraphBounds(CFStringRef string, CFRange range, CFIndex *parBeginIndex, CFIndex *parEndIndex, CFIndex *contentsEndIndex);
+
+typedef enum {
+    kCFStringNormalizationFormD = 0,
+    kCFStringNormalizationFormKD = 1,
+    kCFStringNormalizationFormC = 2,
+    kCFStringNormalizationFormKC = 3
+} CFStringNormalizationForm;
+
+/* Rewrites theString in the Unicode normalization form. */
+CF_EXPORT void CFStringNormalize(CFMutableStringRef theString, CFStringNormalizationForm theForm);
+/* Folds theString for comparison: kCFCompareCaseInsensitive lowercases,
+ * kCFCompareDiacriticInsensitive drops accents, kCFCompareWidthInsensitive
+ * turns full-width forms into their ASCII ones.  theLocale may be NULL. */
+CF_EXPORT void CFStringFold(CFMutableStringRef theString, CFStringCompareFlags theFlags, CFLocaleRef theLocale);
+
+CF_INLINE Boolean CFStringIsSurrogateHighCharacter(UniChar character)
+{
+    return (character >= 0xD800UL && character <= 0xDBFFUL) ? true : false;
+}
+
+CF_INLINE Boolean CFStringIsSurrogateLowCharacter(UniChar character)
+{
+    return (character >= 0xDC00UL && character <= 0xDFFFUL) ? true : false;
+}
+
+CF_INLINE UTF32Char CFStringGetLongCharacterForSurrogatePair(UniChar surrogateHigh, UniChar surrogateLow)
+{
+    return (UTF32Char)(((surrogateHigh - 0xD800UL) << 10) + (surrogateLow - 0xDC00UL) + 0x0010000UL);
+}
+
+/* false (and nothing stored) for a character of the first plane. */
+CF_INLINE Boolean CFStringGetSurrogatePairForLongCharacter(UTF32Char character, UniChar *surrogates)
+{
+    if (character > 0xFFFFUL && character < 0x110000UL) {
+        character -= 0x10000;
+        if (surrogates != NULL) {
+            surrogates[0] = (UniChar)((character >> 10) + 0xD800UL);
+            surrogates[1] = (UniChar)((character & 0x3FF) + 0xDC00UL);
+        }
+        return true;
+    }
+    if (surrogates != NULL)
+        surrogates[0] = (UniChar)character;
+    return false;
+}
+
 CF_EXTERN_C_END
+
 
 #endif

@@ -13,5 +13,12 @@
 #include <CoreFoundation/CFURLAccess.h>
 #include <CoreFoundation/CFBundle.h>
 #include <CoreFoundation/CFPropertyList.h>
+#include <CoreFoundation/CFCharacterSet.h>
+#include <CoreFoundation/CFDate.h>
+#include <CoreFoundation/CFError.h>
+#include <CoreFoundation/CFLocale.h>
+#include <CoreFoundation/CFPreferences.h>
+#include <CoreFoundation/CFRunLoop.h>
+#include <CoreFoundation/CFSet.h>
 
 #endif
