@@ -20,9 +20,13 @@ target_link_libraries(KORU
 
 # KORU::KORUObjC: what koru-objc.pc gives an Objective-C host, the toolkit
 # with GNUstep's Objective-C flags (KORU::KORU alone carries them for
-# Objective-C sources too).  The GUI libraries join here once AppKit is linked.
+# Objective-C sources too).  libKORU stays linked even when the host names
+# none of its symbols and uses only its categories, which a linker dropping
+# unreferenced libraries (--as-needed) would otherwise leave out.  The GUI
+# libraries join here once AppKit is linked.
 add_library(KORUObjC INTERFACE)
-target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Base)
+target_link_libraries(KORUObjC INTERFACE
+  "-Wl,--push-state,--no-as-needed" KORU "-Wl,--pop-state" GNUstep::Base)
 install(TARGETS KORUObjC EXPORT KORUTargets)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/KORU
