@@ -95,7 +95,8 @@ add_executable(consumer $package/consumer.cpp)
 add_executable(classhost $package/classhost.cpp)
 add_executable(consumer-objc $package/consumer.m)
 add_executable(categoryhost $package/categoryhost.m)
-foreach(host consumer classhost consumer-objc categoryhost)
+add_executable(categoryhost-both $package/categoryhost.m)
+foreach(host consumer classhost consumer-objc categoryhost categoryhost-both)
   target_compile_options(\${host} PRIVATE -Wall -Wextra $extra)
   target_link_options(\${host} PRIVATE $extra)
 endforeach()
@@ -106,6 +107,8 @@ target_link_libraries(classhost PRIVATE KORU::KORU)
 target_link_libraries(consumer-objc PRIVATE KORU::KORUObjC)
 target_compile_options(categoryhost PRIVATE -Werror)
 target_link_libraries(categoryhost PRIVATE KORU::KORUObjC)
+# Named through both targets, libKORU must still be kept.
+target_link_libraries(categoryhost-both PRIVATE KORU::KORU KORU::KORUObjC)
 CMAKE
 cmake -S "$work/cmake-consumer" -B "$work/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" \
       -DCMAKE_OBJC_COMPILER="$(command -v gcc)" > /dev/null
@@ -113,9 +116,11 @@ cmake --build "$work/cmake-build" > /dev/null
 run "$work/cmake-build/consumer"
 run "$work/cmake-build/classhost"
 run "$work/cmake-build/consumer-objc"
-readelf -d "$work/cmake-build/categoryhost" | grep -q 'NEEDED.*\[libKORU\.so' ||
-  { echo "KORU::KORUObjC let the linker drop libKORU from a category-only host" >&2; exit 1; }
-run "$work/cmake-build/categoryhost"
+for host in categoryhost categoryhost-both; do
+  readelf -d "$work/cmake-build/$host" | grep -q 'NEEDED.*\[libKORU\.so' ||
+    { echo "KORU::KORUObjC let the linker drop libKORU from a category-only host ($host)" >&2; exit 1; }
+  run "$work/cmake-build/$host"
+done
 
 run "$prefix/bin/koru" > "$work/tour.txt"
 grep -q '@(#)KORU v1.0 (2006-03-31)' "$work/tour.txt"
