@@ -20,9 +20,18 @@ target_link_libraries(KORU
 
 # KORU::KORUObjC: what koru-objc.pc gives an Objective-C host, the toolkit
 # with GNUstep's Objective-C flags (KORU::KORU alone carries them for
-# Objective-C sources too).  The GUI libraries join here once AppKit is linked.
+# Objective-C sources too).  libKORU stays linked even when the host names
+# none of its symbols and uses only its categories, which a linker dropping
+# unreferenced libraries (--as-needed) would otherwise leave out.  It is named
+# in one link option of its own, which no merging of the host's library list
+# (a host linking KORU::KORU too) can move away from its --no-as-needed.  The
+# GUI libraries join here once AppKit is linked.
 add_library(KORUObjC INTERFACE)
 target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Base)
+set(koru_linker_file
+  "$<BUILD_INTERFACE:$<TARGET_LINKER_FILE:KORU>>$<INSTALL_INTERFACE:$<INSTALL_PREFIX>/${CMAKE_INSTALL_LIBDIR}/${CMAKE_SHARED_LIBRARY_PREFIX}KORU${CMAKE_SHARED_LIBRARY_SUFFIX}>")
+target_link_options(KORUObjC INTERFACE
+  "LINKER:--push-state,--no-as-needed,${koru_linker_file},--pop-state")
 install(TARGETS KORUObjC EXPORT KORUTargets)
 
 install(DIRECTORY ${PROJECT_SOURCE_DIR}/include/KORU

@@ -1,6 +1,6 @@
 // Mount-table lines of any shape: parsing answers true or false, never reads
 // outside the line, and a parsed entry's fields decode within the line's size.
-#include "MountTable.h"
+#include "platform/CoreServices/MountTable.h"
 
 #include <cstddef>
 #include <cstdint>

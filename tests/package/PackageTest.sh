@@ -64,6 +64,21 @@ run "$work/classhost"
 gcc -x objective-c -Wall -Wextra -Werror $extra "$package/consumer.m" -o "$work/consumer-objc" \
     $(pkg-config --cflags --libs koru-objc)
 run "$work/consumer-objc"
+# A host that uses only the toolkit's categories names none of its symbols;
+# koru-objc must keep libKORU linked all the same.
+gcc -x objective-c -Wall -Wextra -Werror $extra "$package/categoryhost.m" -o "$work/categoryhost" \
+    $(pkg-config --cflags --libs koru-objc)
+readelf -d "$work/categoryhost" | grep -q 'NEEDED.*\[libKORU\.so' ||
+  { echo "koru-objc let the linker drop libKORU from a category-only host" >&2; exit 1; }
+run "$work/categoryhost"
+
+# The umbrella header compiles cleanly as C, C++ and Objective-C.
+gcc -x c -Wall -Wextra -Werror $extra -c "$package/umbrella.c" -o "$work/umbrella-c.o" \
+    $(pkg-config --cflags koru)
+g++ -x c++ -std=c++17 -Wall -Wextra -Werror $extra -c "$package/umbrella.c" -o "$work/umbrella-cxx.o" \
+    $(pkg-config --cflags koru)
+gcc -x objective-c -Wall -Wextra -Werror $extra -c "$package/umbrella.c" -o "$work/umbrella-objc.o" \
+    $(pkg-config --cflags koru-objc)
 
 # The plain GNUstep host knows nothing of KORU but the bundle's path, and is
 # built with GNUstep's own flags.
@@ -79,7 +94,9 @@ find_package(KORU REQUIRED)
 add_executable(consumer $package/consumer.cpp)
 add_executable(classhost $package/classhost.cpp)
 add_executable(consumer-objc $package/consumer.m)
-foreach(host consumer classhost consumer-objc)
+add_executable(categoryhost $package/categoryhost.m)
+add_executable(categoryhost-both $package/categoryhost.m)
+foreach(host consumer classhost consumer-objc categoryhost categoryhost-both)
   target_compile_options(\${host} PRIVATE -Wall -Wextra $extra)
   target_link_options(\${host} PRIVATE $extra)
 endforeach()
@@ -88,6 +105,10 @@ target_compile_options(classhost PRIVATE -Werror)
 target_link_libraries(consumer PRIVATE KORU::KORU)
 target_link_libraries(classhost PRIVATE KORU::KORU)
 target_link_libraries(consumer-objc PRIVATE KORU::KORUObjC)
+target_compile_options(categoryhost PRIVATE -Werror)
+target_link_libraries(categoryhost PRIVATE KORU::KORUObjC)
+# Named through both targets, libKORU must still be kept.
+target_link_libraries(categoryhost-both PRIVATE KORU::KORU KORU::KORUObjC)
 CMAKE
 cmake -S "$work/cmake-consumer" -B "$work/cmake-build" -DCMAKE_PREFIX_PATH="$prefix" \
       -DCMAKE_OBJC_COMPILER="$(command -v gcc)" > /dev/null
@@ -95,6 +116,11 @@ cmake --build "$work/cmake-build" > /dev/null
 run "$work/cmake-build/consumer"
 run "$work/cmake-build/classhost"
 run "$work/cmake-build/consumer-objc"
+for host in categoryhost categoryhost-both; do
+  readelf -d "$work/cmake-build/$host" | grep -q 'NEEDED.*\[libKORU\.so' ||
+    { echo "KORU::KORUObjC let the linker drop libKORU from a category-only host ($host)" >&2; exit 1; }
+  run "$work/cmake-build/$host"
+done
 
 # Mac-style C against CoreFoundation alone: dates, sets, errors, preferences,
 # a run-loop timer and character sets.
