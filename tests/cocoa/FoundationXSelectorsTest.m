@@ -24,6 +24,14 @@ static BOOL IsToolkitMethod(Method method)
     return code != NULL && dladdr((void *)code, &info) != 0 && info.dli_fbase == ToolkitBase();
 }
 
+/* The toolkit's own classes (whose structures live in its library) may
+ * override what they inherit; only categories on other classes are checked. */
+static BOOL IsToolkitClass(Class class)
+{
+    Dl_info info;
+    return dladdr((void *)class, &info) != 0 && info.dli_fbase == ToolkitBase();
+}
+
 /* The names of the toolkit's methods in class's own list (not inherited). */
 static NSSet *ToolkitSelectors(Class class)
 {
@@ -58,6 +66,8 @@ static void CheckHierarchy(BOOL meta, NSUInteger *toolkitMethods)
     Class *classes = malloc(sizeof(Class) * (size_t)classCount);
     classCount = objc_getClassList(classes, classCount);
     for (int i = 0; i < classCount; i++) {
+        if (IsToolkitClass(classes[i]))
+            continue;
         Class class = meta ? object_getClass((id)classes[i]) : classes[i];
         NSSet *ours = ToolkitSelectors(class);
         *toolkitMethods += [ours count];
