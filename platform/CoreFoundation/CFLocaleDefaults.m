@@ -129,23 +129,50 @@ static void __CFLocaleRegisterDefaults(NSUserDefaults *defaults)
 }
 
 static IMP __CFStandardUserDefaults;
-static NSUserDefaults *__CFLocaleDefaultsTarget; /* the instance last registered with */
+/* The instance last registered with, and whether its registration is done.
+ * The lock guards these two only: it is never held while the defaults run,
+ * so it cannot take part in a deadlock with their own locks. */
+static NSUserDefaults *__CFLocaleDefaultsTarget;
+static BOOL __CFLocaleDefaultsReady;
 static pthread_mutex_t __CFLocaleDefaultsLock = PTHREAD_MUTEX_INITIALIZER;
+static pthread_cond_t __CFLocaleDefaultsDone = PTHREAD_COND_INITIALIZER;
 static __thread BOOL __CFLocaleRegistering;
+static __thread unsigned __CFLocaleMaking; /* depth of calls into GNUstep's own method */
 
 static id __CFStandardUserDefaultsWithLocale(id self, SEL _cmd)
 {
+    __CFLocaleMaking++;
     NSUserDefaults *defaults = ((id (*)(id, SEL))__CFStandardUserDefaults)(self, _cmd);
-    if (defaults == nil || __CFLocaleRegistering)
+    __CFLocaleMaking--;
+    // GNUstep asks for its defaults itself while it makes them, holding its
+    // own locks: those inner calls neither register nor wait, or they could
+    // wait for a thread that waits for their locks.
+    if (defaults == nil || __CFLocaleRegistering || __CFLocaleMaking > 0)
         return defaults;
     pthread_mutex_lock(&__CFLocaleDefaultsLock);
     BOOL fresh = defaults != __CFLocaleDefaultsTarget;
-    __CFLocaleDefaultsTarget = defaults;
+    if (fresh) {
+        __CFLocaleDefaultsTarget = defaults;
+        __CFLocaleDefaultsReady = NO;
+    } else {
+        // Another thread is registering with this instance: hand it out only
+        // once the locale is in it.  A reset that replaces the instance in
+        // the meantime ends the wait as well.
+        while (__CFLocaleDefaultsTarget == defaults && !__CFLocaleDefaultsReady)
+            pthread_cond_wait(&__CFLocaleDefaultsDone, &__CFLocaleDefaultsLock);
+    }
     pthread_mutex_unlock(&__CFLocaleDefaultsLock);
     if (fresh) {
+        [defaults retain]; // a reset on another thread may drop it meanwhile
         __CFLocaleRegistering = YES;
         __CFLocaleRegisterDefaults(defaults);
         __CFLocaleRegistering = NO;
+        [defaults release];
+        pthread_mutex_lock(&__CFLocaleDefaultsLock);
+        if (__CFLocaleDefaultsTarget == defaults)
+            __CFLocaleDefaultsReady = YES;
+        pthread_cond_broadcast(&__CFLocaleDefaultsDone);
+        pthread_mutex_unlock(&__CFLocaleDefaultsLock);
     }
     return defaults;
 }

@@ -24,8 +24,8 @@ static BOOL IsToolkitMethod(Method method)
     return code != NULL && dladdr((void *)code, &info) != 0 && info.dli_fbase == ToolkitBase();
 }
 
-/* A class the toolkit defines itself: its own overrides of init, dealloc and
- * the like are ordinary subclassing, not categories meeting Foundation. */
+/* The toolkit's own classes (whose structures live in its library) may
+ * override what they inherit; only categories on other classes are checked. */
 static BOOL IsToolkitClass(Class class)
 {
     Dl_info info;

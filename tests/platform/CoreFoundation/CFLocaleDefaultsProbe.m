@@ -1,10 +1,46 @@
 /* Prints the language and locale defaults this process finds, for
  * CFLocaleDefaultsTest to run with an environment of its choosing.  With the
- * argument "reset" the standard defaults are reset first and read anew. */
+ * argument "reset" the standard defaults are reset first and read anew; with
+ * "threads" several threads ask for the defaults at once before anyone else
+ * has, and the probe counts those that found no locale. */
 #import <Foundation/Foundation.h>
 
+#include <pthread.h>
 #include <stdio.h>
 #include <string.h>
+
+enum { kThreads = 8 };
+
+static pthread_barrier_t gStart;
+static int gMissed;
+static pthread_mutex_t gMissedLock = PTHREAD_MUTEX_INITIALIZER;
+
+static void *AskForLocale(void *unused)
+{
+    (void)unused;
+    pthread_barrier_wait(&gStart);
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    if ([[NSUserDefaults standardUserDefaults] objectForKey:@"AppleLocale"] == nil) {
+        pthread_mutex_lock(&gMissedLock);
+        gMissed++;
+        pthread_mutex_unlock(&gMissedLock);
+    }
+    [pool drain];
+    return NULL;
+}
+
+static int AskFromThreads(void)
+{
+    pthread_t threads[kThreads];
+    pthread_barrier_init(&gStart, NULL, kThreads);
+    for (int i = 0; i < kThreads; i++)
+        pthread_create(&threads[i], NULL, AskForLocale, NULL);
+    for (int i = 0; i < kThreads; i++)
+        pthread_join(threads[i], NULL);
+    pthread_barrier_destroy(&gStart);
+    printf("missed=%d\n", gMissed);
+    return 0;
+}
 
 static NSString *Describe(id value)
 {
@@ -15,6 +51,8 @@ static NSString *Describe(id value)
 
 int main(int argc, char **argv)
 {
+    if (argc > 1 && strcmp(argv[1], "threads") == 0)
+        return AskFromThreads();
     NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
     NSUserDefaults *defaults = [NSUserDefaults standardUserDefaults];
     if (argc > 1 && strcmp(argv[1], "reset") == 0) {

@@ -80,4 +80,14 @@ KT_CASE(WhatTheUserOrTheProcessSetWins)
     KT_EXPECT_EQUAL_OBJECTS([answers objectForKey:@"registered"], @"yes");
 }
 
+KT_CASE(ThreadsThatAskAtOnceAllFindTheLocale)
+{
+    // Every thread that gets the defaults gets them with the locale in place,
+    // also while the first of them is still registering it.
+    for (int run = 0; run < 5; run++) {
+        NSDictionary *answers = RunProbe(SETTINGS(@"LANG=fr_FR"), SETTINGS(@"threads"));
+        KT_EXPECT_EQUAL_OBJECTS([answers objectForKey:@"missed"], @"0");
+    }
+}
+
 KT_MAIN()
