@@ -19,7 +19,7 @@ using koru::CFReference;
 namespace {
 
 constexpr UInt32 kPathBufferSize = 1025; // 1024 bytes of path and its NUL
-constexpr UInt64 kLargestFork = 0xFFFFFFFFull; // forks of 4 GB or more do not fit
+constexpr UInt64 kRefusedForkSize = 0x100000000ull; // forks of 4 GB (this size) or more are refused
 
 // The one-entry item-information cache of the kind tests: the address of the
 // last ref asked about, and its flags.  Keyed by address on purpose.
@@ -109,7 +109,7 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
     if (FSRefMakePath(source, sourcePath, sizeof sourcePath) != noErr ||
         FSRefMakePath(destination, destinationPath, sizeof destinationPath) != noErr)
         return KernelCopy::Unavailable;
-    const int in = open(reinterpret_cast<char *>(sourcePath), O_RDONLY | O_CLOEXEC);
+    const int in = open(reinterpret_cast<char *>(sourcePath), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (in < 0)
         return KernelCopy::Unavailable;
     struct stat st;
@@ -117,7 +117,7 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
         close(in);
         return KernelCopy::Unavailable;
     }
-    if (static_cast<UInt64>(st.st_size) >= kLargestFork) { // too large to read whole
+    if (static_cast<UInt64>(st.st_size) >= kRefusedForkSize) { // too large to read whole
         close(in);
         return KernelCopy::Failed;
     }
@@ -126,9 +126,21 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
     // (empty) file wait for the disk.
     const int out = open(reinterpret_cast<char *>(destinationPath), O_WRONLY | O_CLOEXEC);
     struct stat existing;
-    if (out < 0 || fstat(out, &existing) != 0 || (existing.st_size > 0 && ftruncate(out, 0) != 0)) {
+    if (out < 0 || fstat(out, &existing) != 0) {
         if (out >= 0)
             close(out);
+        close(in);
+        return KernelCopy::Failed;
+    }
+    // A destination that leads to the source's own bytes (a symbolic link
+    // to it) is copied through memory, which reads before it writes.
+    if (existing.st_dev == st.st_dev && existing.st_ino == st.st_ino) {
+        close(out);
+        close(in);
+        return KernelCopy::Unavailable;
+    }
+    if (existing.st_size > 0 && ftruncate(out, 0) != 0) {
+        close(out);
         close(in);
         return KernelCopy::Failed;
     }
@@ -339,7 +351,7 @@ extern "C" CFDataRef FSReadFileFork(const FSRef *ref, const HFSUniStr255 *forkNa
     ForkOwner fork;
     SInt64 size = 0;
     if (FSOpenFork(ref, forkName->length, forkName->unicode, fsRdPerm, fork.out()) != noErr ||
-        FSGetForkSize(fork.get(), &size) != noErr || size < 0 || static_cast<UInt64>(size) >= kLargestFork)
+        FSGetForkSize(fork.get(), &size) != noErr || size < 0 || static_cast<UInt64>(size) >= kRefusedForkSize)
         return nullptr;
     if (size == 0)
         return CFDataCreate(kCFAllocatorDefault, nullptr, 0);

@@ -284,6 +284,14 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     EXPECT_TRUE(FSCopyFileFork(&src, &src, &resource));
     EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
 
+    // A destination that is a link to the source is the source too: its bytes stay.
+    ASSERT_EQ(0, symlink((folder / "src").c_str(), (folder / "link").c_str()));
+    FSRef link;
+    ASSERT_EQ(noErr, FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>((folder / "link").c_str()),
+                                              kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr));
+    FSCopyFileFork(&src, &link, &data);
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+
     // A copy onto the source itself fails and keeps the source.
     CFStringRef srcName = String("src");
     const FSRef top = RefAt(folder.Path());
