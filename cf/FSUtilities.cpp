@@ -429,8 +429,26 @@ extern "C" Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolde
     FSRef created;
     if (!FSCreateFile(destinationFolder, name, source, &created))
         return false;
+    // The copy takes the source's mode at creation; a read-only one would
+    // keep its own forks from being written, so the owner may write them
+    // until both are copied.
+    FSCatalogInfo access;
+    FSPermissionInfo permissions;
+    bool readOnly = false;
+    if (FSGetCatalogInfo(&created, kFSCatInfoPermissions, &access, nullptr, nullptr, nullptr) == noErr) {
+        std::memcpy(&permissions, access.permissions, sizeof permissions);
+        readOnly = (permissions.mode & S_IWUSR) == 0;
+    }
+    if (readOnly) {
+        FSCatalogInfo writable = access;
+        permissions.mode |= S_IWUSR;
+        std::memcpy(writable.permissions, &permissions, sizeof permissions);
+        FSSetCatalogInfo(&created, kFSCatInfoPermissions, &writable);
+    }
     const bool dataCopied = FSCopyFileFork(source, &created, &dataFork);
     const bool resourceCopied = FSCopyFileFork(source, &created, &resourceFork);
+    if (readOnly)
+        FSSetCatalogInfo(&created, kFSCatInfoPermissions, &access);
     if (newRef)
         *newRef = created;
     return dataCopied && resourceCopied;
