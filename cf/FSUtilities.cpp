@@ -166,6 +166,18 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
     return result;
 }
 
+// "._name" beside an item called name holds that item's resource fork and
+// Finder information: a file of that name would overwrite them.
+bool IsCompanionInFolder(const FSRef *folder, CFStringRef name)
+{
+    if (CFGetTypeID(name) != CFStringGetTypeID() || !CFStringHasPrefix(name, CFSTR("._")))
+        return false;
+    const CFIndex length = CFStringGetLength(name);
+    CFReference<CFStringRef> item(CFStringCreateWithSubstring(kCFAllocatorDefault, name, CFRangeMake(2, length - 2)));
+    FSRef ref;
+    return item && FSGetChild(folder, &ref, item.get());
+}
+
 } // namespace
 
 // --- Names and paths -------------------------------------------------------
@@ -421,6 +433,8 @@ extern "C" Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolde
         (info.nodeFlags & kFSNodeIsDirectoryMask))
         return false;
     FSRef existing;
+    if (IsCompanionInFolder(destinationFolder, name))
+        return false;
     if (FSGetChild(destinationFolder, &existing, name)) {
         if (FSCompareFSRefs(&existing, source) == noErr)
             return false;

@@ -300,6 +300,13 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     EXPECT_EQ("the data fork", ReadFile(folder / "src"));
     CFRelease(srcName);
 
+    // The name of the source's own companion is no place for a copy.
+    CFStringRef companionName = String("._src");
+    EXPECT_FALSE(FSCopyFile(&src, &top, companionName, nullptr));
+    CFRelease(companionName);
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+    EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
+
     // Failures: a stale source leaves nothing behind to lose, NULLs give false.
     EXPECT_FALSE(FSCopyFileFork(nullptr, &copied, &data));
     EXPECT_FALSE(FSWriteFileFork(&copied, &data, nullptr));
