@@ -19,7 +19,7 @@ using koru::CFReference;
 namespace {
 
 constexpr UInt32 kPathBufferSize = 1025; // 1024 bytes of path and its NUL
-constexpr UInt64 kLargestFork = 0xFFFFFFFFull; // forks of 4 GB or more do not fit
+constexpr UInt64 kRefusedForkSize = 0x100000000ull; // forks of 4 GB (this size) or more are refused
 
 // The one-entry item-information cache of the kind tests: the address of the
 // last ref asked about, and its flags.  Keyed by address on purpose.
@@ -109,7 +109,7 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
     if (FSRefMakePath(source, sourcePath, sizeof sourcePath) != noErr ||
         FSRefMakePath(destination, destinationPath, sizeof destinationPath) != noErr)
         return KernelCopy::Unavailable;
-    const int in = open(reinterpret_cast<char *>(sourcePath), O_RDONLY | O_CLOEXEC);
+    const int in = open(reinterpret_cast<char *>(sourcePath), O_RDONLY | O_CLOEXEC | O_NOFOLLOW);
     if (in < 0)
         return KernelCopy::Unavailable;
     struct stat st;
@@ -117,7 +117,7 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
         close(in);
         return KernelCopy::Unavailable;
     }
-    if (static_cast<UInt64>(st.st_size) >= kLargestFork) { // too large to read whole
+    if (static_cast<UInt64>(st.st_size) >= kRefusedForkSize) { // too large to read whole
         close(in);
         return KernelCopy::Failed;
     }
@@ -126,9 +126,21 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
     // (empty) file wait for the disk.
     const int out = open(reinterpret_cast<char *>(destinationPath), O_WRONLY | O_CLOEXEC);
     struct stat existing;
-    if (out < 0 || fstat(out, &existing) != 0 || (existing.st_size > 0 && ftruncate(out, 0) != 0)) {
+    if (out < 0 || fstat(out, &existing) != 0) {
         if (out >= 0)
             close(out);
+        close(in);
+        return KernelCopy::Failed;
+    }
+    // A destination that leads to the source's own bytes (a symbolic link
+    // to it) is copied through memory, which reads before it writes.
+    if (existing.st_dev == st.st_dev && existing.st_ino == st.st_ino) {
+        close(out);
+        close(in);
+        return KernelCopy::Unavailable;
+    }
+    if (existing.st_size > 0 && ftruncate(out, 0) != 0) {
+        close(out);
         close(in);
         return KernelCopy::Failed;
     }
@@ -152,6 +164,18 @@ KernelCopy CopyDataForkInKernel(const FSRef *source, const FSRef *destination)
         result = KernelCopy::Failed;
     close(in);
     return result;
+}
+
+// "._name" beside an item called name holds that item's resource fork and
+// Finder information: a file of that name would overwrite them.
+bool IsCompanionInFolder(const FSRef *folder, CFStringRef name)
+{
+    if (CFGetTypeID(name) != CFStringGetTypeID() || !CFStringHasPrefix(name, CFSTR("._")))
+        return false;
+    const CFIndex length = CFStringGetLength(name);
+    CFReference<CFStringRef> item(CFStringCreateWithSubstring(kCFAllocatorDefault, name, CFRangeMake(2, length - 2)));
+    FSRef ref;
+    return item && FSGetChild(folder, &ref, item.get());
 }
 
 } // namespace
@@ -339,7 +363,7 @@ extern "C" CFDataRef FSReadFileFork(const FSRef *ref, const HFSUniStr255 *forkNa
     ForkOwner fork;
     SInt64 size = 0;
     if (FSOpenFork(ref, forkName->length, forkName->unicode, fsRdPerm, fork.out()) != noErr ||
-        FSGetForkSize(fork.get(), &size) != noErr || size < 0 || static_cast<UInt64>(size) >= kLargestFork)
+        FSGetForkSize(fork.get(), &size) != noErr || size < 0 || static_cast<UInt64>(size) >= kRefusedForkSize)
         return nullptr;
     if (size == 0)
         return CFDataCreate(kCFAllocatorDefault, nullptr, 0);
@@ -409,6 +433,8 @@ extern "C" Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolde
         (info.nodeFlags & kFSNodeIsDirectoryMask))
         return false;
     FSRef existing;
+    if (IsCompanionInFolder(destinationFolder, name))
+        return false;
     if (FSGetChild(destinationFolder, &existing, name)) {
         if (FSCompareFSRefs(&existing, source) == noErr)
             return false;
@@ -417,8 +443,26 @@ extern "C" Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolde
     FSRef created;
     if (!FSCreateFile(destinationFolder, name, source, &created))
         return false;
+    // The copy takes the source's mode at creation; a read-only one would
+    // keep its own forks from being written, so the owner may write them
+    // until both are copied.
+    FSCatalogInfo access;
+    FSPermissionInfo permissions;
+    bool readOnly = false;
+    if (FSGetCatalogInfo(&created, kFSCatInfoPermissions, &access, nullptr, nullptr, nullptr) == noErr) {
+        std::memcpy(&permissions, access.permissions, sizeof permissions);
+        readOnly = (permissions.mode & S_IWUSR) == 0;
+    }
+    if (readOnly) {
+        FSCatalogInfo writable = access;
+        permissions.mode |= S_IWUSR;
+        std::memcpy(writable.permissions, &permissions, sizeof permissions);
+        FSSetCatalogInfo(&created, kFSCatInfoPermissions, &writable);
+    }
     const bool dataCopied = FSCopyFileFork(source, &created, &dataFork);
     const bool resourceCopied = FSCopyFileFork(source, &created, &resourceFork);
+    if (readOnly)
+        FSSetCatalogInfo(&created, kFSCatInfoPermissions, &access);
     if (newRef)
         *newRef = created;
     return dataCopied && resourceCopied;

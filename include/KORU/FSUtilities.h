@@ -83,8 +83,10 @@ Boolean FSWriteFileFork(const FSRef *ref, const HFSUniStr255 *forkName, CFDataRe
 Boolean FSCopyFileFork(const FSRef *source, const FSRef *destination, const HFSUniStr255 *forkName);
 /* Copies the file with both forks into the folder under name, replacing an
  * object of that name; true only when both forks were copied.  newRef may be
- * NULL.  A source that is gone or a folder, or a destination that is the
- * source itself, gives false and leaves everything as it was. */
+ * NULL.  A source that is gone or a folder, a destination that is the
+ * source itself, or a name "._x" beside an item x (the name of the file that
+ * holds x's resource fork and Finder information) gives false and leaves
+ * everything as it was. */
 Boolean FSCopyFile(const FSRef *source, const FSRef *destinationFolder, CFStringRef name, FSRef *newRef);
 
 /* --- Processes ------------------------------------------------------------ */

@@ -293,7 +293,19 @@ extern "C" OSErr FSDeleteFork(const FSRef *ref, UniCharCount forkNameLength, con
             // to disk when it is next closed.
             if (node.st.st_size == 0)
                 return noErr;
-            return truncate(node.path.c_str(), 0) == 0 ? OSErr(noErr) : StatusFromErrno(errno);
+            // Truncate the item itself: never what a symbolic link leads to,
+            // nor a file put in its place since the look-up.
+            const int fd = open(node.path.c_str(), O_WRONLY | O_CLOEXEC | O_NOFOLLOW);
+            if (fd < 0)
+                return StatusFromErrno(errno);
+            struct stat st;
+            OSErr result = noErr;
+            if (fstat(fd, &st) != 0 || st.st_dev != node.st.st_dev || st.st_ino != node.st.st_ino)
+                result = fnfErr;
+            else if (ftruncate(fd, 0) != 0)
+                result = StatusFromErrno(errno);
+            close(fd);
+            return result;
         }
         if (AppleDoubleFile::ResourceForkLength(node.path) == 0)
             return noErr; // nothing to delete, and no companion to rewrite

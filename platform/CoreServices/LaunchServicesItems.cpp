@@ -4,6 +4,7 @@
 
 #include "AppleDouble.h"
 #include "FileRef.h"
+#include "MountTable.h"
 
 #include <algorithm>
 #include <cerrno>
@@ -44,31 +45,13 @@ bool IsFile(const std::string &path)
     return stat(path.c_str(), &st) == 0 && S_ISREG(st.st_mode);
 }
 
-// Mount points as the kernel lists them, with its octal escapes undone.
+// Mount points as the kernel's mount table lists them.
 bool IsListedMountPoint(const std::string &path)
 {
-    std::ifstream table("/proc/self/mountinfo");
-    std::string line;
-    while (std::getline(table, line)) {
-        size_t start = 0;
-        for (int field = 0; field < 4 && start != std::string::npos; ++field)
-            start = line.find(' ', start) == std::string::npos ? std::string::npos : line.find(' ', start) + 1;
-        if (start == std::string::npos)
-            continue;
-        const std::string escaped = line.substr(start, line.find(' ', start) - start);
-        std::string point;
-        for (size_t k = 0; k < escaped.size(); ++k) {
-            if (escaped[k] == '\\' && k + 3 < escaped.size()) {
-                point += static_cast<char>(std::strtol(escaped.substr(k + 1, 3).c_str(), nullptr, 8));
-                k += 3;
-            } else {
-                point += escaped[k];
-            }
-        }
-        if (point == path)
-            return true;
-    }
-    return false;
+    std::vector<MountEntry> table;
+    if (!ReadMountTable(table))
+        return false;
+    return std::any_of(table.begin(), table.end(), [&](const MountEntry &entry) { return entry.mountPoint == path; });
 }
 
 bool IsVolume(const Node &node)

@@ -4,6 +4,7 @@
 
 #include <cstring>
 #include <map>
+#include <sys/wait.h>
 
 namespace {
 
@@ -284,12 +285,27 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     EXPECT_TRUE(FSCopyFileFork(&src, &src, &resource));
     EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
 
+    // A destination that is a link to the source is the source too: its bytes stay.
+    ASSERT_EQ(0, symlink((folder / "src").c_str(), (folder / "link").c_str()));
+    FSRef link;
+    ASSERT_EQ(noErr, FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>((folder / "link").c_str()),
+                                              kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr));
+    FSCopyFileFork(&src, &link, &data);
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+
     // A copy onto the source itself fails and keeps the source.
     CFStringRef srcName = String("src");
     const FSRef top = RefAt(folder.Path());
     EXPECT_FALSE(FSCopyFile(&src, &top, srcName, nullptr));
     EXPECT_EQ("the data fork", ReadFile(folder / "src"));
     CFRelease(srcName);
+
+    // The name of the source's own companion is no place for a copy.
+    CFStringRef companionName = String("._src");
+    EXPECT_FALSE(FSCopyFile(&src, &top, companionName, nullptr));
+    CFRelease(companionName);
+    EXPECT_EQ("the data fork", ReadFile(folder / "src"));
+    EXPECT_EQ(std::string("RSRC\0bytes", 10), Entries(ReadFile(folder / "._src"))[2]);
 
     // Failures: a stale source leaves nothing behind to lose, NULLs give false.
     EXPECT_FALSE(FSCopyFileFork(nullptr, &copied, &data));
@@ -305,6 +321,44 @@ TEST(FSUtilities, WholeForksAndCopiesWithBothForks)
     CFRelease(rsrc);
     CFRelease(nothing);
     CFRelease(back);
+}
+
+// Copies a read-only file with both forks as an ordinary user would (root
+// writes any file, so a child drops to "nobody" first); the exit status tells
+// whether FSCopyFile answered true.
+int CopyReadOnlyFileAsUser(const TemporaryFolder &folder)
+{
+    const pid_t child = fork();
+    if (child == 0) {
+        if (getuid() == 0 && (setgid(65534) != 0 || setuid(65534) != 0))
+            _exit(2);
+        WriteFile(folder / "ro", "read-only data");
+        const FSRef ro = RefAt(folder / "ro"), top = RefAt(folder.Path());
+        CFDataRef rsrc = CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>("rsrc"), 4);
+        const HFSUniStr255 resource = ResourceFork();
+        if (!FSWriteFileFork(&ro, &resource, rsrc) || chmod((folder / "ro").c_str(), 0444) != 0)
+            _exit(3);
+        CFStringRef name = CFStringCreateWithCString(nullptr, "ro copy", kCFStringEncodingUTF8);
+        _exit(FSCopyFile(&ro, &top, name, nullptr) ? 0 : 1);
+    }
+    int status = -1;
+    if (child < 0 || waitpid(child, &status, 0) != child || !WIFEXITED(status))
+        return -1;
+    return WEXITSTATUS(status);
+}
+
+TEST(FSUtilities, ReadOnlyFileCopiesWithBothForksAndItsMode)
+{
+    TemporaryFolder folder;
+    if (getuid() == 0) {
+        ASSERT_EQ(0, chown(folder.Path().c_str(), 65534, 65534));
+    }
+    ASSERT_EQ(0, CopyReadOnlyFileAsUser(folder));
+    EXPECT_EQ("read-only data", ReadFile(folder / "ro copy"));
+    EXPECT_EQ("rsrc", Entries(ReadFile(folder / "._ro copy"))[2]);
+    struct stat st;
+    ASSERT_EQ(0, stat((folder / "ro copy").c_str(), &st));
+    EXPECT_EQ(0444u, st.st_mode & 07777);
 }
 
 TEST(FSUtilities, ResourceForkOpenedForItsVersion)
