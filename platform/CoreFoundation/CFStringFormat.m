@@ -241,12 +241,12 @@ static NSString *__CFStringFromCString(const char *text)
 /* Prints one C conversion with snprintf into a string. */
 static NSString *__CFPrintC(const __CFConversion *c, int width, int precision, const __CFArgument *argument)
 {
-    char spec[32];
-    int n = snprintf(spec, sizeof(spec), "%%%s", c->flags);
+    char directive[32];
+    int n = snprintf(directive, sizeof(directive), "%%%s", c->flags);
     if (width >= 0)
-        n += snprintf(spec + n, sizeof(spec) - (size_t)n, "%d", width);
+        n += snprintf(directive + n, sizeof(directive) - (size_t)n, "%d", width);
     if (precision >= 0)
-        n += snprintf(spec + n, sizeof(spec) - (size_t)n, ".%d", precision);
+        n += snprintf(directive + n, sizeof(directive) - (size_t)n, ".%d", precision);
     UniChar conversion = c->conversion;
     const char *length = "";
     switch (argument->kind) {
@@ -266,7 +266,7 @@ static NSString *__CFPrintC(const __CFConversion *c, int width, int precision, c
         conversion = conversion - 'A' + 'a';
     else if (argument->kind == __CFArgInt && c->length[0] == 'h')
         length = c->length; /* h and hh narrow the value as the C library does */
-    snprintf(spec + n, sizeof(spec) - (size_t)n, "%s%c", length, (char)conversion);
+    snprintf(directive + n, sizeof(directive) - (size_t)n, "%s%c", length, (char)conversion);
 
     char stack[128];
     char *buffer = stack;
@@ -275,22 +275,22 @@ static NSString *__CFPrintC(const __CFConversion *c, int width, int precision, c
         size_t size = buffer == stack ? sizeof(stack) : (size_t)needed + 1;
         switch (argument->kind) {
         case __CFArgLong:
-            needed = snprintf(buffer, size, spec, argument->value.l);
+            needed = snprintf(buffer, size, directive, argument->value.l);
             break;
         case __CFArgLongLong:
-            needed = snprintf(buffer, size, spec, argument->value.ll);
+            needed = snprintf(buffer, size, directive, argument->value.ll);
             break;
         case __CFArgDouble:
-            needed = snprintf(buffer, size, spec, argument->value.d);
+            needed = snprintf(buffer, size, directive, argument->value.d);
             break;
         case __CFArgLongDouble:
-            needed = snprintf(buffer, size, spec, argument->value.ld);
+            needed = snprintf(buffer, size, directive, argument->value.ld);
             break;
         case __CFArgPointer:
-            needed = snprintf(buffer, size, spec, argument->value.p);
+            needed = snprintf(buffer, size, directive, argument->value.p);
             break;
         default:
-            needed = snprintf(buffer, size, spec, argument->value.i);
+            needed = snprintf(buffer, size, directive, argument->value.i);
             break;
         }
         if (needed < 0)

@@ -69,7 +69,7 @@ int main(int argc, char **argv)
         ReleaseExitPool();
         AddTracked(@"late", YES);
     }
-    [pool drain];
     Say(@"main returns");
+    [pool drain];
     return 0;
 }
