@@ -327,8 +327,16 @@ typedef struct {
 
 - (void)kill
 {
-    if (__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
+    if (!__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
+        return;
+    /* The run makes its task a moment before launching it, and NSTask raises
+     * when asked to end a task it has not launched: there is nothing to end
+     * yet, and the caller must not see the exception. */
+    @try {
         [mTask terminate];
+    } @catch (NSException *exception) {
+        (void)exception;
+    }
 }
 
 - (BOOL)run:(BOOL)asynchronous
@@ -396,8 +404,10 @@ typedef struct {
     if (writing)
         InputWriterFinish(&writer);
     [input release];
-    [mTask release];
+    /* Cleared before it goes, for a kill from the owning thread. */
+    NSTask *task = mTask;
     mTask = nil;
+    [task release];
     [inPipe release];
     [outPipe release];
     [errPipe release];

@@ -334,6 +334,41 @@ KT_CASE(AsynchronousFailureAndKillAreNotifiedToo)
     [observer release];
 }
 
+KT_CASE(KillAtAnyMomentOfARunIsHarmless)
+{
+    /* kill sent over and over from the owning thread, through every moment
+     * of the runs: before the task exists, between its making and its
+     * launch, while it runs and while it is cleaned up. */
+    RunObserver *observer = [[RunObserver alloc] init];
+    [[NSNotificationCenter defaultCenter] addObserver:observer
+                                             selector:@selector(toolDidRun:)
+                                                 name:CommandToolDidRunNotification
+                                               object:nil];
+    NSData *input = PatternData(100000);
+    BOOL raised = NO;
+    for (int run = 0; run < 100 && !raised; ++run) {
+        CommandTool *tool = [CommandTool commandToolWithPath:@"/bin/cat"];
+        [tool setInputData:input];
+        [tool setReadStandardOutput:YES];
+        [tool setReadStandardError:YES];
+        observer->notified = NO;
+        KT_ASSERT([tool run:YES]);
+        NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+        while (!observer->notified && [limit timeIntervalSinceNow] > 0) {
+            @try {
+                [tool kill];
+            } @catch (NSException *exception) {
+                raised = YES;
+            }
+            [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantPast]];
+        }
+        KT_EXPECT(observer->notified);
+    }
+    KT_EXPECT(!raised);
+    [[NSNotificationCenter defaultCenter] removeObserver:observer];
+    [observer release];
+}
+
 KT_CASE(DelegateSayingNoStopsTheReadingAtItsChunk)
 {
     ChunkDelegate *delegate = [[ChunkDelegate alloc] init];
