@@ -58,19 +58,18 @@ void InitialiseLibcurlOnce()
 }
 
 /* --data-binary @file: the bytes as they are; an unreadable file posts an
- * empty body after the tool's warning. */
+ * empty body.  The tool's warning about it is silenced by -s, so nothing is
+ * logged either. */
 std::string ReadRequestBody(const std::string &path)
 {
     std::ifstream file(path, std::ios::binary);
-    std::string body;
     if (file) {
         std::ostringstream bytes;
         bytes << file.rdbuf();
         if (!file.bad())
             return bytes.str();
     }
-    Utils::LogMessage("Warning: Couldn't read data from file \"" + path + "\", this makes an empty POST.");
-    return body;
+    return std::string();
 }
 
 /* -o file: created (truncated) when the first bytes arrive, as the tool
@@ -107,17 +106,17 @@ size_t WriteReply(char *data, size_t size, size_t count, void *context)
     return std::fwrite(data, 1, bytes, reply->stream);
 }
 
-/* The tool's certificate sources: CURL_CA_BUNDLE, else SSL_CERT_DIR and
- * SSL_CERT_FILE; without them libcurl's built-in system bundle. */
+/* The tool's certificate sources, the first one set of CURL_CA_BUNDLE,
+ * SSL_CERT_DIR (beside the built-in system bundle) and SSL_CERT_FILE: the
+ * tool ignores SSL_CERT_FILE while SSL_CERT_DIR is set.  Without any of them
+ * libcurl's built-in system bundle. */
 void SetCertificateAuthorities(CURL *curl)
 {
-    if (const char *bundle = std::getenv("CURL_CA_BUNDLE")) {
+    if (const char *bundle = std::getenv("CURL_CA_BUNDLE"))
         curl_easy_setopt(curl, CURLOPT_CAINFO, bundle);
-        return;
-    }
-    if (const char *folder = std::getenv("SSL_CERT_DIR"))
+    else if (const char *folder = std::getenv("SSL_CERT_DIR"))
         curl_easy_setopt(curl, CURLOPT_CAPATH, folder);
-    if (const char *file = std::getenv("SSL_CERT_FILE"))
+    else if (const char *file = std::getenv("SSL_CERT_FILE"))
         curl_easy_setopt(curl, CURLOPT_CAINFO, file);
 }
 

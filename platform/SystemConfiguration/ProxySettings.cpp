@@ -136,19 +136,25 @@ std::string Environment(const char *name)
 }
 
 /* As curl reads them: http_proxy in lower case only (CGI programs get
- * HTTP_PROXY from request headers), https_proxy before HTTPS_PROXY, and
- * all_proxy for a scheme that has no variable of its own. */
+ * HTTP_PROXY from request headers), https_proxy before HTTPS_PROXY,
+ * all_proxy (before ALL_PROXY) for a scheme that has no variable of its
+ * own, and no_proxy before NO_PROXY. */
 ProxySettings ReadEnvironment()
 {
     ProxySettings settings;
     std::string all = Environment("all_proxy");
+    if (all.empty())
+        all = Environment("ALL_PROXY");
     std::string http = Environment("http_proxy");
     std::string https = Environment("https_proxy");
     if (https.empty())
         https = Environment("HTTPS_PROXY");
     settings.http = ParseProxy(http.empty() ? all : http);
     settings.https = ParseProxy(https.empty() ? all : https);
-    if (const char *noProxy = std::getenv("no_proxy")) {
+    const char *noProxy = std::getenv("no_proxy");
+    if (noProxy == nullptr)
+        noProxy = std::getenv("NO_PROXY");
+    if (noProxy != nullptr) {
         settings.hasExceptions = true;
         settings.exceptions = SplitList(noProxy);
     }

@@ -121,6 +121,21 @@ TEST_F(ProxySettings, TheEnvironmentGivesEachSchemeItsProxyAndNoProxyTheExceptio
     p = CopyProxies();
     EXPECT_EQ("", p.httpEnable);
     EXPECT_EQ("", p.httpsEnable);
+
+    // curl also reads ALL_PROXY and NO_PROXY when the lower-case ones are unset.
+    unsetenv("no_proxy");
+    setenv("ALL_PROXY", "upper-all.example:8001", 1);
+    setenv("NO_PROXY", "intranet.example", 1);
+    p = CopyProxies();
+    EXPECT_EQ("upper-all.example", p.httpProxy);
+    EXPECT_EQ("8001", p.httpPort);
+    EXPECT_TRUE(p.hasExceptions);
+    EXPECT_EQ((std::vector<std::string>{"intranet.example"}), p.exceptions);
+    setenv("all_proxy", "lower-all.example:8002", 1);
+    setenv("no_proxy", "", 1);
+    p = CopyProxies();
+    EXPECT_EQ("lower-all.example", p.httpProxy);
+    EXPECT_TRUE(p.exceptions.empty());
 }
 
 TEST_F(ProxySettings, KDEsManualSettingsComeFromKioslaverc)
