@@ -25,6 +25,10 @@ OSErr KORUAEPublishPort(void);
 OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 replyMode,
                           double timeoutSeconds, void **reply, size_t *replySize);
 
+/* Hands a flattened event to this process's own main run loop, which
+ * dispatches it (without a reply) the next time it runs.  The data is copied. */
+OSErr KORUAEPostToSelf(const void *event, size_t size);
+
 /* Implemented by the dispatcher: handles a flattened event that arrived in
  * the given reply mode.  For kAEWaitReply *reply receives the flattened reply
  * (malloc'd); for kAEQueueReply the reply goes back to the sender as an

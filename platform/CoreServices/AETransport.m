@@ -50,7 +50,29 @@
     KORUAEReceiveFlattened([event bytes], [event length], mode, NULL, NULL);
 }
 
+/* An event this process sent itself, delivered from the main run loop. */
++ (void)deliverEvent:(NSData *)event
+{
+    KORUAEReceiveFlattened([event bytes], [event length], kAENoReply, NULL, NULL);
+}
+
 @end
+
+OSErr KORUAEPostToSelf(const void *event, size_t size)
+{
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    OSErr err = noErr;
+    @try {
+        NSData *data = [NSData dataWithBytes:event length:size];
+        NSArray *modes = [NSArray arrayWithObjects:NSDefaultRunLoopMode, @"NSModalPanelRunLoopMode", nil];
+        [KORUAEReceiver performSelectorOnMainThread:@selector(deliverEvent:) withObject:data waitUntilDone:NO
+                                              modes:modes];
+    } @catch (NSException *exception) {
+        err = memFullErr;
+    }
+    [pool drain];
+    return err;
+}
 
 static NSString *PortName(pid_t pid)
 {

@@ -167,6 +167,17 @@ OSErr SendToOther(pid_t pid, const AppleEvent *event, AppleEvent *reply, SInt32 
     return err;
 }
 
+// Queues an event for this process's run loop, as a queued reply is.
+void PostToSelf(const AppleEvent &event)
+{
+    try {
+        const std::vector<unsigned char> flat = koru::ae::Flatten(event);
+        KORUAEPostToSelf(flat.data(), flat.size());
+    } catch (...) {
+        // Without memory the reply is lost, as a reply to a process that quit is.
+    }
+}
+
 } // namespace
 
 extern "C" AEEventHandlerUPP NewAEEventHandlerUPP(AEEventHandlerProcPtr userRoutine)
@@ -251,10 +262,13 @@ extern "C" OSErr AESend(const AppleEvent *theAppleEvent, AppleEvent *reply, AESe
     case Destination::current: {
         AppleEvent answer;
         OSErr err = DispatchWithReply(theAppleEvent, &answer);
-        if (reply != nullptr && mode != kAENoReply)
+        if (reply != nullptr && mode == kAEWaitReply) {
             *reply = answer;
-        else
-            AEDisposeDesc(&answer);
+            return err;
+        }
+        if (mode == kAEQueueReply)
+            PostToSelf(answer); // the reply comes later, as an event of its own
+        AEDisposeDesc(&answer);
         return err;
     }
     case Destination::other:

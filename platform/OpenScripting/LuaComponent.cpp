@@ -144,10 +144,12 @@ bool IsBinaryChunk(const std::string &bytes)
     return bytes.compare(0, std::strlen(LUA_SIGNATURE), LUA_SIGNATURE) == 0;
 }
 
-// Loads source or a binary chunk onto the stack; false with the message.
-bool LoadChunk(lua_State *L, const std::string &bytes, std::string *message)
+// Loads source or (when allowed) a binary chunk onto the stack; false with
+// the message.  Source text to compile is never taken as a binary chunk: Lua
+// does not check those, and text that merely looks like one must not run.
+bool LoadChunk(lua_State *L, const std::string &bytes, std::string *message, bool allowBinary = true)
 {
-    const char *mode = IsBinaryChunk(bytes) ? "b" : "t";
+    const char *mode = allowBinary && IsBinaryChunk(bytes) ? "b" : "t";
     if (luaL_loadbufferx(L, bytes.data(), bytes.size(), "=script", mode) == LUA_OK)
         return true;
     *message = ErrorMessage(L);
@@ -421,8 +423,8 @@ OSAError MakeScript(ComponentInstance instance, const std::string &bytes, bool k
     if (L == nullptr)
         return errOSASystemError;
     std::string message;
-    if (!LoadChunk(L, bytes, &message)) {
-        if (IsBinaryChunk(bytes))
+    if (!LoadChunk(L, bytes, &message, !keepSource)) {
+        if (!keepSource && IsBinaryChunk(bytes))
             return errAECorruptData;
         return ScriptError(instance, message);
     }

@@ -35,9 +35,20 @@ std::string Text(CFStringRef string)
     return buffer;
 }
 
+// The last reply the echo handler filled in (a queued reply is not the sender's at once).
+AppleEvent gLastReply = {typeNull, nullptr};
+
 // Answers the direct parameter as text, upper-cased, and counts the events.
 OSErr EchoHandler(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 {
+    struct Keep {
+        AppleEvent *reply;
+        ~Keep()
+        {
+            AEDisposeDesc(&gLastReply);
+            AEDuplicateDesc(reply, &gLastReply);
+        }
+    } keep{reply};
     ++*static_cast<int *>(refcon);
     char text[64] = {0};
     Size size = 0;
@@ -152,10 +163,15 @@ TEST(AppleEventUtilitiesTest, EventToTheCurrentProcessReachesItsHandlerAndReplie
     int calls = 0;
     ASSERT_TRUE(AppleEventInstallHandler(kTestClass, kTestEcho, EchoHandler, &calls));
 
+    // Handled inside the send; the reply is queued, so the caller's is null.
     AppleEvent reply;
     ASSERT_TRUE(AppleEventSendData(typeProcessSerialNumber, &kSelf, sizeof kSelf, kTestClass, kTestEcho, &reply,
                                    typeChar, "hello", 5));
     EXPECT_EQ(1, calls);
+    EXPECT_EQ(static_cast<DescType>(typeNull), reply.descriptorType);
+    EXPECT_EQ(nullptr, reply.dataHandle);
+    AEDisposeDesc(&reply);
+    AEDuplicateDesc(&gLastReply, &reply);
     char answer[16] = {0};
     EXPECT_TRUE(AppleEventGetParamDescData(&reply, keyDirectObject, typeChar, answer, sizeof answer));
     EXPECT_STREQ("HELLO", answer);
@@ -177,6 +193,8 @@ TEST(AppleEventUtilitiesTest, EventToTheCurrentProcessReachesItsHandlerAndReplie
     };
     ASSERT_TRUE(AppleEventSendDataArray(typeProcessSerialNumber, &kSelf, sizeof kSelf, kTestClass, kTestEcho,
                                         &reply, params, 5));
+    EXPECT_EQ(static_cast<DescType>(typeNull), reply.descriptorType);
+    AEDuplicateDesc(&gLastReply, &reply);
     SInt32 received = 0;
     EXPECT_TRUE(AppleEventGetParamDescData(&reply, kCountKey, typeSInt32, &received, sizeof received));
     EXPECT_EQ(2, received);
@@ -198,6 +216,7 @@ TEST(AppleEventUtilitiesTest, EventToTheCurrentProcessReachesItsHandlerAndReplie
     EXPECT_EQ(static_cast<DescType>(typeNull), reply.descriptorType);
     EXPECT_EQ(3, calls);
     EXPECT_FALSE(AppleEventInstallHandler(kTestClass, kTestEcho, nullptr, nullptr));
+    AEDisposeDesc(&gLastReply);
 }
 
 TEST(AppleEventUtilitiesTest, PutParamRefusesWhatCannotBeSent)

@@ -17,7 +17,11 @@ typedef Boolean (*ExecuteFunction)(CFStringRef, CFStringRef *);
 
 enum { kTourClass = 0x4B4F5255, kTourShout = 0x73686F75 }; /* 'KORU' 'shou' */
 
-/* Answers the direct parameter upper-cased. */
+static GetParamFunction gGetParam;
+static char gAnswer[64];
+
+/* Answers the direct parameter upper-cased, and keeps the answer: the
+ * sender's reply is queued, so it is read back here. */
 static OSErr Shout(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 {
     (void)refcon;
@@ -27,7 +31,10 @@ static OSErr Shout(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
         return errAEParamMissed;
     for (Size i = 0; i < size; ++i)
         text[i] = (char)toupper((unsigned char)text[i]);
-    return AEPutParamPtr(reply, keyDirectObject, typeChar, text, size);
+    OSErr err = AEPutParamPtr(reply, keyDirectObject, typeChar, text, size);
+    if (err == noErr && !gGetParam(reply, keyDirectObject, typeChar, gAnswer, sizeof gAnswer - 1))
+        err = errAEParamMissed;
+    return err;
 }
 
 static bool TourAppleEvents(CFBundleRef bundle)
@@ -40,16 +47,18 @@ static bool TourAppleEvents(CFBundleRef bundle)
     if (install == NULL || uninstall == NULL || send == NULL || getParam == NULL || execute == NULL)
         return false;
 
+    /* Handled inside the send; the reply itself comes later as an
+     * 'aevt'/'ansr' event, so the one handed back now is null. */
     const ProcessSerialNumber self = {0, kCurrentProcess};
     AppleEvent reply;
-    char answer[64] = {0};
+    gGetParam = getParam;
     bool ok = install(kTourClass, kTourShout, Shout, NULL) &&
               send(typeProcessSerialNumber, &self, sizeof self, kTourClass, kTourShout, &reply, typeChar,
                    "hello, me", 9) &&
-              getParam(&reply, keyDirectObject, typeChar, answer, sizeof answer - 1);
+              reply.descriptorType == typeNull && gAnswer[0] != '\0';
     AEDisposeDesc(&reply);
     uninstall(kTourClass, kTourShout, Shout);
-    printf("  'KORU'/'shou' \"hello, me\" to myself, reply: \"%s\"\n", answer);
+    printf("  'KORU'/'shou' \"hello, me\" to myself, answered: \"%s\" (the reply is queued)\n", gAnswer);
 
     const char *source = "local t = {} for i = 1, 4 do t[i] = i * i end return t";
     CFStringRef script = CFStringCreateWithCString(NULL, source, kCFStringEncodingUTF8);

@@ -172,6 +172,63 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }
 
+static int gEchoes;
+
+/* Answers the direct parameter upper-cased. */
+static OSErr Echo(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
+{
+    (void)refcon;
+    ++gEchoes;
+    const char *text = [[DirectText(event) uppercaseString] UTF8String];
+    return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, text, (Size)strlen(text));
+}
+
+KT_CASE(EventsToTheCurrentProcessKeepTheReplyModes)
+{
+    gEchoes = 0;
+    gAnswers = 0;
+    KT_EXPECT(AEInstallEventHandler(kTestClass, kEcho, NewAEEventHandlerUPP(Echo), NULL, false) == noErr);
+    KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
+
+    /* Waiting: handled inside the send, the reply filled in. */
+    AppleEvent event, reply;
+    MakeEvent(getpid(), kEcho, "now", &event);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(gEchoes == 1);
+    KT_EXPECT_EQUAL_OBJECTS(DirectText(&reply), @"NOW");
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+
+    /* Queued: handled inside the send, a null reply at once, the answer
+     * later as an 'aevt'/'ansr' event on the run loop. */
+    MakeEvent(getpid(), kEcho, "later", &event);
+    AEReturnID returnID = 0;
+    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
+    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(gEchoes == 2);
+    KT_EXPECT(reply.descriptorType == typeNull && reply.dataHandle == NULL);
+    KT_EXPECT(gAnswers == 0);
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
+        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+    KT_EXPECT(gAnswers == 1);
+    KT_EXPECT(gAnswerReturnID == returnID);
+    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"LATER");
+    AEDisposeDesc(&event);
+
+    /* No reply: handled, nothing comes back. */
+    MakeEvent(getpid(), kEcho, "never", &event);
+    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(gEchoes == 3);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.2]];
+    KT_EXPECT(gAnswers == 1);
+    AEDisposeDesc(&event);
+
+    AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
+    AERemoveEventHandler(kTestClass, kEcho, Echo, false);
+}
+
 KT_CASE(SystemProcessEventsGoToTheLoginManager)
 {
     NSString *folder = MakeFolder();

@@ -122,6 +122,21 @@ TEST_F(LuaComponentTest, ErrorsCarryLuasMessageAndNumber)
     EXPECT_EQ(errOSABadStorageType, OSACompile(component_, &notText, kOSAModeNull, &script));
     AEDisposeDesc(&notText);
     EXPECT_EQ(paramErr, OSACompile(component_, nullptr, kOSAModeNull, &script));
+
+    // Text that is a compiled chunk is not source: it does not compile.
+    OSAID chunk = kOSANullScript;
+    ASSERT_EQ(noErr, Compile("return 1", &chunk));
+    AEDesc stored;
+    ASSERT_EQ(noErr, OSAStore(component_, chunk, typeOSAGenericStorage, kOSAModeNull, &stored));
+    const std::string bytes = TextOf(stored);
+    AEDisposeDesc(&stored);
+    OSAID fromText = kOSANullScript;
+    AEDesc chunkText;
+    AECreateDesc(typeUTF8Text, bytes.data(), static_cast<Size>(bytes.size()), &chunkText);
+    EXPECT_EQ(errOSAScriptError, OSACompile(component_, &chunkText, kOSAModeNull, &fromText));
+    AEDisposeDesc(&chunkText);
+    EXPECT_EQ(kOSANullScript, fromText);
+    EXPECT_NE(std::string::npos, ErrorMessage().find("binary chunk"));
     EXPECT_EQ(errOSAInvalidID, OSAExecute(component_, 999, kOSANullScript, kOSAModeNull, &result));
 }
 

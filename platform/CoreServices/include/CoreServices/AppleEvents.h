@@ -9,8 +9,9 @@
  * runs that run loop.
  *
  * AESend looks at the event's address ('psn ' or 'kpid'):
- *   - the current process: the handler runs inside the send, and the reply is
- *     filled in for kAEWaitReply and kAEQueueReply;
+ *   - the current process: the handler runs inside the send; the reply is
+ *     filled in for kAEWaitReply, while kAEQueueReply returns a null reply and
+ *     the reply comes later as an 'aevt'/'ansr' event on the main run loop;
  *   - another process: the flattened event travels over Distributed Objects;
  *     kAEWaitReply waits for the reply up to the time-out (errAETimeout),
  *     kAEQueueReply returns at once with a null reply and the reply comes later
