@@ -485,6 +485,6 @@ extern "C" OSStatus LSOpenFSRef(const FSRef *inRef, FSRef *outLaunchedRef)
         std::memset(outLaunchedRef, 0, sizeof *outLaunchedRef);
     if (inRef == nullptr)
         return paramErr;
-    LSLaunchFSRefSpec spec = {nullptr, 1, inRef, nullptr, kLSLaunchDefaults, nullptr};
-    return LSOpenFromRefSpec(&spec, outLaunchedRef);
+    LSLaunchFSRefSpec launchSpec = {nullptr, 1, inRef, nullptr, kLSLaunchDefaults, nullptr};
+    return LSOpenFromRefSpec(&launchSpec, outLaunchedRef);
 }

@@ -253,13 +253,13 @@ TEST_F(LaunchServicesTest, ApplicationsFoundForItemsAndByIdentity)
 
     // Opening through refs reaches the same application.
     const FSRef recorder = RefOf(desktopFile_);
-    LSLaunchFSRefSpec spec = {&recorder, 1, &item, nullptr, kLSLaunchDefaults, nullptr};
+    LSLaunchFSRefSpec launchSpec = {&recorder, 1, &item, nullptr, kLSLaunchDefaults, nullptr};
     FSRef launched;
-    ASSERT_EQ(noErr, LSOpenFromRefSpec(&spec, &launched));
+    ASSERT_EQ(noErr, LSOpenFromRefSpec(&launchSpec, &launched));
     EXPECT_EQ(desktopFile_, PathOfRef(launched));
     EXPECT_TRUE(RecordHasLine(document));
-    spec.itemRefs = nullptr;
-    EXPECT_EQ(paramErr, LSOpenFromRefSpec(&spec, nullptr));
+    launchSpec.itemRefs = nullptr;
+    EXPECT_EQ(paramErr, LSOpenFromRefSpec(&launchSpec, nullptr));
 }
 
 TEST_F(LaunchServicesTest, ItemInformationFlags)
