@@ -1,6 +1,6 @@
 /* The proxy dictionary of the dynamic store, gathered from the desktop's own
  * settings or from the environment each time it is asked for. */
-#include <SystemConfiguration/SCDynamicStoreCopySpecific.h>
+#include <SystemConfiguration/SCDynamicStore.h>
 #include <SystemConfiguration/SCSchemaDefinitions.h>
 
 #include <cctype>

@@ -4,7 +4,7 @@
 #define SYSTEMCONFIGURATION_SYSTEMCONFIGURATION_H
 
 #include <SystemConfiguration/SCSchemaDefinitions.h>
-#include <SystemConfiguration/SCDynamicStoreCopySpecific.h>
+#include <SystemConfiguration/SCDynamicStore.h>
 #include <SystemConfiguration/SCNetwork.h>
 
 #endif

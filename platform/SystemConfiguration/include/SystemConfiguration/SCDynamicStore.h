@@ -8,8 +8,8 @@
  * fallback of both schemes, and the comma-separated entries of no_proxy as
  * the ExceptionsList.  A scheme whose proxy is not set has no keys at all.
  * Safe on any thread. */
-#ifndef SYSTEMCONFIGURATION_SCDYNAMICSTORECOPYSPECIFIC_H
-#define SYSTEMCONFIGURATION_SCDYNAMICSTORECOPYSPECIFIC_H
+#ifndef SYSTEMCONFIGURATION_SCDYNAMICSTORE_H
+#define SYSTEMCONFIGURATION_SCDYNAMICSTORE_H
 
 #include <CoreFoundation/CoreFoundation.h>
 
