@@ -7,6 +7,7 @@
 
 #import <Foundation/Foundation.h>
 
+#include <CoreFoundation/CoreFoundation.h>
 #include <KORU/Debug.h>
 
 static inline void KORULogDebugLine(const char *method, int line, NSString *message)
@@ -37,6 +38,37 @@ static inline NSString *KORUResourcePath(NSString *name, NSBundle *bundle)
     if (bundle == nil)
         bundle = [NSBundle mainBundle];
     return [bundle pathForResource:name ofType:@""];
+}
+
+/* What the collections' initWithXMLData: share: receiver initialised with
+ * initialiser (initWithArray:, initWithDictionary:) from the property list
+ * in data when that list is of class expected; nil otherwise, the receiver
+ * then released as a failed init releases itself.  A list that cannot be
+ * read is logged, and an exception is reported as method at line. */
+static inline id KORUInitWithXMLData(id receiver, NSData *data, Class expected, SEL initialiser,
+                                     const char *method, int line)
+{
+    id result = nil;
+    CFPropertyListRef list = NULL;
+    @try {
+        CFStringRef error = NULL;
+        list = CFPropertyListCreateFromXMLData(kCFAllocatorDefault, (CFDataRef)data, kCFPropertyListImmutable, &error);
+        if (list == NULL)
+            NSLog(@"%s error:%@", method, (NSString *)error);
+        if (error != NULL)
+            CFRelease(error);
+        if ([(id)list isKindOfClass:expected]) {
+            result = [receiver performSelector:initialiser withObject:(id)list];
+            receiver = nil; // initialised: no longer ours to release
+        }
+    } @catch (NSException *exception) {
+        KORULogException(method, line, exception);
+        result = nil;
+    }
+    if (list != NULL)
+        CFRelease(list);
+    [receiver release];
+    return result;
 }
 
 #endif

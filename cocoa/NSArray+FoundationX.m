@@ -37,27 +37,7 @@ static NSInteger Compare(id receiver, SEL selector, id argument)
 
 - (id)initWithXMLData:(NSData *)data
 {
-    id result = nil;
-    CFPropertyListRef list = NULL;
-    @try {
-        CFStringRef error = NULL;
-        list = CFPropertyListCreateFromXMLData(kCFAllocatorDefault, (CFDataRef)data, kCFPropertyListImmutable, &error);
-        if (list == NULL)
-            NSLog(@"%s error:%@", "-[NSArray(FoundationX) initWithXMLData:]", (NSString *)error);
-        if (error != NULL)
-            CFRelease(error);
-        if ([(id)list isKindOfClass:[NSArray class]]) {
-            result = [self initWithArray:(NSArray *)list];
-            self = nil; // initialised: no longer ours to release
-        }
-    } @catch (NSException *exception) {
-        KORULogException("-[NSArray(FoundationX) initWithXMLData:]", 306, exception);
-        result = nil;
-    }
-    if (list != NULL)
-        CFRelease(list);
-    [self release];
-    return result;
+    return KORUInitWithXMLData(self, data, [NSArray class], @selector(initWithArray:), "-[NSArray(FoundationX) initWithXMLData:]", 306);
 }
 
 + (id)arrayWithXMLData:(NSData *)data

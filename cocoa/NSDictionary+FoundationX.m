@@ -37,27 +37,7 @@ static id ValueForKey(id object, id key)
 
 - (id)initWithXMLData:(NSData *)data
 {
-    id result = nil;
-    CFPropertyListRef list = NULL;
-    @try {
-        CFStringRef error = NULL;
-        list = CFPropertyListCreateFromXMLData(kCFAllocatorDefault, (CFDataRef)data, kCFPropertyListImmutable, &error);
-        if (list == NULL)
-            NSLog(@"%s error:%@", "-[NSDictionary(FoundationX) initWithXMLData:]", (NSString *)error);
-        if (error != NULL)
-            CFRelease(error);
-        if ([(id)list isKindOfClass:[NSDictionary class]]) {
-            result = [self initWithDictionary:(NSDictionary *)list];
-            self = nil; // initialised: no longer ours to release
-        }
-    } @catch (NSException *exception) {
-        KORULogException("-[NSDictionary(FoundationX) initWithXMLData:]", 584, exception);
-        result = nil;
-    }
-    if (list != NULL)
-        CFRelease(list);
-    [self release];
-    return result;
+    return KORUInitWithXMLData(self, data, [NSDictionary class], @selector(initWithDictionary:), "-[NSDictionary(FoundationX) initWithXMLData:]", 584);
 }
 
 + (id)dictionaryWithXMLData:(NSData *)data
