@@ -23,12 +23,30 @@ static const NSComparisonResult kNoPathOrder = (NSComparisonResult)INT32_MAX;
 static NSString *gFlagReceiver = nil;
 static LSItemInfoRecord gFlagRecord;
 
+/* The path, when the file system can take it: nil for an empty path and for
+ * one holding a NUL character, which Foundation and the C library would cut
+ * short there and so take for another item. */
+static NSString *UsablePath(NSString *path)
+{
+    static NSCharacterSet *nul = nil;
+    if (nul == nil)
+        nul = [[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)] retain];
+    if ([path length] == 0 || [path rangeOfCharacterFromSet:nul].location != NSNotFound)
+        return nil;
+    return path;
+}
+
+/* The path with a leading tilde expanded, when usable. */
+static NSString *ExpandedPath(NSString *path)
+{
+    return UsablePath([path stringByExpandingTildeInPath]);
+}
+
 /* Something, a symbolic link included, is at the path. */
 static BOOL IsPresent(NSString *path)
 {
     struct stat st;
-    const char *name = [path length] > 0 ? [path fileSystemRepresentation] : NULL;
-    return name != NULL && lstat(name, &st) == 0;
+    return UsablePath(path) != nil && lstat([path fileSystemRepresentation], &st) == 0;
 }
 
 /* Where this platform keeps an item's resource fork and Finder information:
@@ -117,7 +135,7 @@ static unsigned long long ForkSizesAtPath(NSString *path)
  * empty path. */
 static CFURLRef CreateFileURL(NSString *path, Boolean isDirectory)
 {
-    if ([path length] == 0)
+    if (UsablePath(path) == nil)
         return NULL;
     return CFURLCreateWithFileSystemPath(kCFAllocatorDefault, (CFStringRef)path, kCFURLPOSIXPathStyle, isDirectory);
 }
@@ -178,34 +196,39 @@ static NSString *Autoreleased(CFStringRef text)
 
 - (BOOL)exists
 {
-    return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath]];
+    NSString *path = ExpandedPath(self);
+    return path != nil && [[NSFileManager defaultManager] fileExistsAtPath:path];
 }
 
 - (BOOL)existsDirectory
 {
+    NSString *path = ExpandedPath(self);
     BOOL isDirectory = NO;
-    return [[NSFileManager defaultManager] fileExistsAtPath:[self stringByExpandingTildeInPath] isDirectory:&isDirectory] &&
-           isDirectory;
+    return path != nil && [[NSFileManager defaultManager] fileExistsAtPath:path isDirectory:&isDirectory] && isDirectory;
 }
 
 - (BOOL)isReadableFile
 {
-    return [[NSFileManager defaultManager] isReadableFileAtPath:[self stringByExpandingTildeInPath]];
+    NSString *path = ExpandedPath(self);
+    return path != nil && [[NSFileManager defaultManager] isReadableFileAtPath:path];
 }
 
 - (BOOL)isWritableFile
 {
-    return [[NSFileManager defaultManager] isWritableFileAtPath:[self stringByExpandingTildeInPath]];
+    NSString *path = ExpandedPath(self);
+    return path != nil && [[NSFileManager defaultManager] isWritableFileAtPath:path];
 }
 
 - (BOOL)isExecutableFile
 {
-    return [[NSFileManager defaultManager] isExecutableFileAtPath:[self stringByExpandingTildeInPath]];
+    NSString *path = ExpandedPath(self);
+    return path != nil && [[NSFileManager defaultManager] isExecutableFileAtPath:path];
 }
 
 - (BOOL)isDeletableFile
 {
-    return [[NSFileManager defaultManager] isDeletableFileAtPath:[self stringByExpandingTildeInPath]];
+    NSString *path = ExpandedPath(self);
+    return path != nil && [[NSFileManager defaultManager] isDeletableFileAtPath:path];
 }
 
 - (BOOL)isLSItemInfoRecordFlagOn:(LSItemInfoFlags)mask defaultResult:(BOOL)defaultResult
@@ -333,7 +356,8 @@ static NSString *Autoreleased(CFStringRef text)
     if (![self isContainer])
         return ForkSizesAtPath(self);
     unsigned long long size = 0;
-    for (NSString *subpath in [[NSFileManager defaultManager] subpathsAtPath:self]) {
+    NSArray *subpaths = UsablePath(self) != nil ? [[NSFileManager defaultManager] subpathsAtPath:self] : nil;
+    for (NSString *subpath in subpaths) {
         // A companion's bytes are its item's resource fork, counted with it.
         if (!IsCompanionEntry(self, subpath))
             size += ForkSizesAtPath([self stringByAppendingPathComponent:subpath]);
@@ -348,7 +372,7 @@ static NSString *Autoreleased(CFStringRef text)
 
 - (NSString *)displayName
 {
-    return [[NSFileManager defaultManager] displayNameAtPath:self];
+    return UsablePath(self) != nil ? [[NSFileManager defaultManager] displayNameAtPath:self] : nil;
 }
 
 - (NSUInteger)pathComponentsCount
@@ -399,10 +423,10 @@ static NSString *Autoreleased(CFStringRef text)
 {
     NSFileManager *manager = [NSFileManager defaultManager];
     BOOL isDirectory = NO;
+    if (UsablePath(self) == nil)
+        return NO;
     if ([manager fileExistsAtPath:self isDirectory:&isDirectory])
         return isDirectory;
-    if ([self length] == 0)
-        return NO;
     return [manager createDirectoryAtPath:self withIntermediateDirectories:NO attributes:nil error:NULL];
 }
 
@@ -424,7 +448,7 @@ static NSString *Autoreleased(CFStringRef text)
 
 - (BOOL)createCopyOfPath:(NSString *)destination
 {
-    if (![destination isKindOfClass:[NSString class]] || [destination length] == 0 || !IsPresent(self))
+    if (![destination isKindOfClass:[NSString class]] || UsablePath(destination) == nil || !IsPresent(self))
         return NO;
     @try {
         // Replacing the source itself, or a folder above it, would lose it.
@@ -451,16 +475,14 @@ static NSString *Autoreleased(CFStringRef text)
 {
     // The path goes to the writer with the home folder as a tilde; GNUstep's
     // writers take a tilde literally, so it is expanded again for them.
-    NSString *path = [self stringByAbbreviatingWithTildeInPath];
-    if ([path length] == 0)
-        return NO;
-    return [@"" writeToFile:[path stringByExpandingTildeInPath] atomically:NO];
+    NSString *path = ExpandedPath([self stringByAbbreviatingWithTildeInPath]);
+    return path != nil && [@"" writeToFile:path atomically:NO];
 }
 
 - (BOOL)remove
 {
-    NSString *path = [self stringByExpandingTildeInPath];
-    if ([path length] == 0)
+    NSString *path = ExpandedPath(self);
+    if (path == nil)
         return NO;
     @try {
         return RemoveItem(path);
@@ -473,7 +495,8 @@ static NSString *Autoreleased(CFStringRef text)
 {
     NSMutableArray *files = [NSMutableArray array];
     NSMutableArray *packages = [NSMutableArray array];
-    for (NSString *subpath in [[NSFileManager defaultManager] subpathsAtPath:self]) {
+    NSArray *subpaths = UsablePath(self) != nil ? [[NSFileManager defaultManager] subpathsAtPath:self] : nil;
+    for (NSString *subpath in subpaths) {
         BOOL insidePackage = NO;
         for (NSString *package in packages) {
             if ([subpath hasPrefix:[package stringByAppendingString:@"/"]]) {
@@ -515,8 +538,7 @@ static NSString *Autoreleased(CFStringRef text)
 
 - (BOOL)getFSRef:(FSRef *)ref
 {
-    const char *path = [self UTF8String];
-    return ref != NULL && path != NULL && path[0] != '\0' && FSPathMakeRef((const UInt8 *)path, ref, NULL) == noErr;
+    return ref != NULL && UsablePath(self) != nil && FSPathMakeRef((const UInt8 *)[self UTF8String], ref, NULL) == noErr;
 }
 
 - (id)initWithFSRef:(const FSRef *)ref
@@ -599,9 +621,8 @@ static NSString *Autoreleased(CFStringRef text)
 {
     // An alias file here is a symbolic link: the ref names the link itself.
     FSRef ref;
-    const char *path = [self UTF8String];
-    if (path == NULL || path[0] == '\0' ||
-        FSPathMakeRefWithOptions((const UInt8 *)path, kFSPathMakeRefDoNotFollowLeafSymlink, &ref, NULL) != noErr)
+    if (UsablePath(self) == nil || FSPathMakeRefWithOptions((const UInt8 *)[self UTF8String],
+                                                            kFSPathMakeRefDoNotFollowLeafSymlink, &ref, NULL) != noErr)
         return nil;
     Boolean isFolder = false, wasAliased = false;
     if (FSResolveAliasFileWithMountFlags(&ref, true, &isFolder, &wasAliased, kResolveAliasFileNoUI) != noErr || !wasAliased)

@@ -188,6 +188,9 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     KT_EXPECT(![file createCopyOfPath:file] && ![folder createCopyOfPath:[folder stringByAppendingPathComponent:@"x/in"]]);
     KT_EXPECT(![[folder stringByAppendingPathComponent:@"none"] createCopyOfPath:copy] && ![file createCopyOfPath:nil]);
     KT_EXPECT([file logicalSize] == 16 && [copy exists] && [deep existsDirectory]);
+    // A NUL character would cut the path short at the file's own name.
+    NSString *cut = [file stringByAppendingString:[NSString stringWithCharacters:(unichar[]){0, 'x'} length:2]];
+    KT_EXPECT(![cut createEmptyFile] && ![cut remove] && ![copy createCopyOfPath:cut] && [file logicalSize] == 16);
 
     KT_EXPECT([copy createEmptyFile] && [copy isPlainFile]);
     KT_EXPECT([[manager fileAttributesAtPath:copy traverseLink:NO] fileSize] == 0);
