@@ -17,9 +17,9 @@
 static const NSComparisonResult kNoPathOrder = (NSComparisonResult)INT32_MAX;
 
 /* The flag tests' one-entry cache: the receiver last asked about and its
- * record.  Keyed by the object, not its text, as the category always was; the
- * receiver is kept retained so that its address cannot come back as another
- * string's while it is cached. */
+ * record.  Keyed by the object, not its text, on purpose; the receiver is
+ * kept retained so that its address cannot come back as another string's
+ * while it is cached. */
 static NSString *gFlagReceiver = nil;
 static LSItemInfoRecord gFlagRecord;
 
