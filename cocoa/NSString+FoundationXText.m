@@ -14,6 +14,17 @@
 
 NSString *const NO_SUCH_STRING_OF_KEY = @"-N-O- -S-U-C-H- -S-T-R-I-N-G- -O-F- -K-E-Y-!-";
 
+/* The UTF-8 form, or NULL when the text has none: GNUstep raises for a lone
+ * surrogate where Cocoa answers NULL. */
+static const char *UTF8Form(NSString *text)
+{
+    @try {
+        return [text UTF8String];
+    } @catch (NSException *exception) {
+        return NULL;
+    }
+}
+
 /* Whether something is at path with a leading tilde expanded: the rule of
  * -[NSString(FoundationX) exists] in the path half of the family, kept here
  * so the text half does not wait for it. */
@@ -112,7 +123,7 @@ static BOOL IsDecimalDigit(unichar character)
 {
     if ([self length] == 0)
         return [NSData data];
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     void *enciphered = NULL;
     size_t length = 0;
     NSData *result = nil;
@@ -209,7 +220,7 @@ static BOOL IsDecimalDigit(unichar character)
 {
     if (![self allChracterIs:isxdigit])
         return nil;
-    const char *digits = [self UTF8String];
+    const char *digits = UTF8Form(self);
     size_t length = strlen(digits);
     NSMutableData *data = [NSMutableData dataWithLength:length / 2];
     unsigned char *bytes = [data mutableBytes];
@@ -220,7 +231,7 @@ static BOOL IsDecimalDigit(unichar character)
 
 - (char *)allocUTF8String
 {
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     if (text == NULL)
         return NULL;
     size_t size = strlen(text) + 1;
@@ -234,7 +245,7 @@ static BOOL IsDecimalDigit(unichar character)
 {
     if (buffer == NULL || size == 0)
         return NO;
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     if (text == NULL)
         return NO;
     size_t length = strlen(text);
@@ -251,7 +262,7 @@ static BOOL IsDecimalDigit(unichar character)
 {
     if (buffer == NULL || size == 0)
         return NO;
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     if (text == NULL)
         return NO;
     size_t length = strlen(text);
@@ -265,7 +276,7 @@ static BOOL IsDecimalDigit(unichar character)
 
 - (NSUInteger)size
 {
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     return text != NULL ? strlen(text) : 0;
 }
 
@@ -273,7 +284,7 @@ static BOOL IsDecimalDigit(unichar character)
 {
     if (test == NULL)
         return NO;
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     if (text == NULL)
         return NO;
     for (; *text != '\0'; text++) {
@@ -417,13 +428,13 @@ static BOOL IsDecimalDigit(unichar character)
 
 - (int)system
 {
-    const char *command = [self UTF8String];
+    const char *command = UTF8Form(self);
     return command != NULL ? system(command) : -1;
 }
 
 - (int)setenv:(const char *)value overwrite:(int)overwrite
 {
-    const char *name = [self UTF8String];
+    const char *name = UTF8Form(self);
     if (value == NULL || name == NULL)
         return -1;
     return setenv(name, value, overwrite);
@@ -445,7 +456,7 @@ static BOOL IsDecimalDigit(unichar character)
     if (arguments == NULL)
         return -1;
 #endif
-    const char *text = [self UTF8String];
+    const char *text = UTF8Form(self);
     if (format == NULL || text == NULL)
         return -1;
     return vsscanf(text, format, arguments);
