@@ -30,10 +30,10 @@ extern NSString *const NO_SUCH_STRING_OF_KEY;
 
 @interface NSString (FoundationXText)
 
-/* The text of the file at path (a leading tilde is expanded to see whether
- * it exists) decoded in encoding; nil (the receiver released) for a nil
- * path, a path that does not exist, a file that cannot be read or bytes
- * that do not decode. */
+/* The text of the file at path decoded in encoding; nil (the receiver
+ * released) for a nil path, a path that does not exist, a file that cannot
+ * be read or bytes that do not decode.  A leading tilde is expanded for the
+ * existence test only: the file is read at path as given. */
 - (id)initWithTextFile:(NSString *)path encoding:(NSStringEncoding)encoding;
 + (id)stringWithTextFile:(NSString *)path encoding:(NSStringEncoding)encoding;
 
