@@ -49,6 +49,7 @@
 #import <KORU/NSBundle+FoundationX.h>
 #import <KORU/NSFileManager+FoundationX.h>
 #import <KORU/NSString+FoundationX.h>
+#import <KORU/NSString+FoundationXText.h>
 #endif
 
 #endif

@@ -4,8 +4,15 @@
  * registered as "KORU-AE-<pid>" with the message port name server; senders
  * look the name up and talk to the object through a proxy.  The flattened
  * event travels as NSData; a synchronous call carries the reply back, a
- * one-way call is used when the sender does not wait.  Connections to other
- * processes are kept per pid and dropped when they fail. */
+ * one-way call is used when the sender does not wait.  Proxies of other
+ * processes are kept per pid and dropped when their connection fails.
+ *
+ * A queued event carries a proxy of the sender's own receiver, and its answer
+ * goes back through that proxy as a one-way call over the connection the
+ * sender opened.  The target never looks the sender up: fetching a root
+ * proxy is a request that only the other side's run loop can answer, and a
+ * sender need not run its loop until it wants its answers, so the target
+ * would sit in the request, deaf to every other event, until it timed out. */
 #import <Foundation/Foundation.h>
 
 #include <CoreServices/AppleEvents.h>
@@ -21,7 +28,8 @@
 
 @protocol KORUAEReceiving
 - (bycopy NSData *)handleEvent:(bycopy NSData *)event;
-- (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode;
+/* sender: where the answer to a queued event goes; nil for the other modes. */
+- (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode replyTo:(id<KORUAEReceiving>)sender;
 @end
 
 @interface KORUAEReceiver : NSObject <KORUAEReceiving>
@@ -45,9 +53,21 @@
     return answer;
 }
 
-- (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode
+- (oneway void)postEvent:(bycopy NSData *)event mode:(int)mode replyTo:(id<KORUAEReceiving>)sender
 {
-    KORUAEReceiveFlattened([event bytes], [event length], mode, NULL, NULL);
+    void *answer = NULL;
+    size_t size = 0;
+    KORUAEReceiveFlattened([event bytes], [event length], mode, mode == kAEQueueReply ? &answer : NULL, &size);
+    if (answer != NULL && sender != nil) {
+        @try {
+            if ([(id)sender isProxy])
+                [(NSDistantObject *)sender setProtocolForProxy:@protocol(KORUAEReceiving)];
+            [sender postEvent:[NSData dataWithBytes:answer length:size] mode:kAENoReply replyTo:nil];
+        } @catch (NSException *exception) {
+            // The sender has gone: its answer is lost, as on the Mac.
+        }
+    }
+    free(answer);
 }
 
 /* An event this process sent itself, delivered from the main run loop. */
@@ -80,7 +100,17 @@ static NSString *PortName(pid_t pid)
 }
 
 static NSConnection *gServer = nil;
-static NSMutableDictionary *gConnections = nil;
+static NSMutableDictionary *gProxies = nil; /* pid -> root proxy of that process */
+static KORUAEReceiver *gReceiver = nil;
+
+/* This process's receiver: the root object of its published port, and what
+ * its queued events name as the place for their answers. */
+static KORUAEReceiver *Receiver(void)
+{
+    if (gReceiver == nil)
+        gReceiver = [KORUAEReceiver new];
+    return gReceiver;
+}
 
 OSErr KORUAEPublishPort(void)
 {
@@ -98,9 +128,7 @@ OSErr KORUAEPublishPort(void)
             err = connectionInvalid;
         } else {
             NSConnection *server = [[NSConnection alloc] initWithReceivePort:port sendPort:nil];
-            KORUAEReceiver *receiver = [KORUAEReceiver new];
-            [server setRootObject:receiver];
-            [receiver release];
+            [server setRootObject:Receiver()];
             NSRunLoop *loop = [NSRunLoop mainRunLoop];
             [server addRunLoop:loop];
             [server addRequestMode:@"NSModalPanelRunLoopMode"]; /* AppKit's modal mode */
@@ -113,28 +141,42 @@ OSErr KORUAEPublishPort(void)
     return err;
 }
 
-static NSConnection *ConnectionTo(pid_t pid, OSErr *err)
+/* The root proxy of the process, fetched once per connection: every fetch
+ * is a request the process must answer from its run loop, which a one-way
+ * send should not have to wait for. */
+static id ProxyOf(pid_t pid, double timeoutSeconds, OSErr *err)
 {
     NSNumber *key = [NSNumber numberWithInt:pid];
-    NSConnection *connection = [gConnections objectForKey:key];
-    if (connection != nil && [connection isValid])
-        return connection;
-    if (connection != nil)
-        [gConnections removeObjectForKey:key];
+    id proxy = [gProxies objectForKey:key];
+    if (proxy != nil && [[proxy connectionForProxy] isValid])
+        return proxy;
+    if (proxy != nil)
+        [gProxies removeObjectForKey:key];
     NSPort *sendPort = [[NSMessagePortNameServer sharedInstance] portForName:PortName(pid)];
     if (sendPort == nil) {
         *err = connectionInvalid;
         return nil;
     }
-    connection = [NSConnection connectionWithReceivePort:[NSMessagePort port] sendPort:sendPort];
+    NSConnection *connection = [NSConnection connectionWithReceivePort:[NSMessagePort port] sendPort:sendPort];
     if (connection == nil) {
         *err = connectionInvalid;
         return nil;
     }
-    if (gConnections == nil)
-        gConnections = [NSMutableDictionary new];
-    [gConnections setObject:connection forKey:key];
-    return connection;
+    // Answers to queued events arrive on this connection, in the modes in
+    // which the published port hears events.
+    [connection addRequestMode:@"NSModalPanelRunLoopMode"];
+    [connection setRequestTimeout:timeoutSeconds];
+    [connection setReplyTimeout:timeoutSeconds];
+    proxy = [connection rootProxy];
+    if (proxy == nil) {
+        *err = connectionInvalid;
+        return nil;
+    }
+    [proxy setProtocolForProxy:@protocol(KORUAEReceiving)];
+    if (gProxies == nil)
+        gProxies = [NSMutableDictionary new];
+    [gProxies setObject:proxy forKey:key];
+    return proxy;
 }
 
 OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 replyMode,
@@ -148,14 +190,12 @@ OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 repl
         return procNotFound;
     NSAutoreleasePool *pool = [NSAutoreleasePool new];
     OSErr err = noErr;
-    NSConnection *connection = nil;
     @try {
-        connection = ConnectionTo(pid, &err);
-        if (connection != nil) {
+        id proxy = ProxyOf(pid, timeoutSeconds, &err);
+        if (proxy != nil) {
+            NSConnection *connection = [proxy connectionForProxy];
             [connection setRequestTimeout:timeoutSeconds];
             [connection setReplyTimeout:timeoutSeconds];
-            id proxy = [connection rootProxy];
-            [proxy setProtocolForProxy:@protocol(KORUAEReceiving)];
             NSData *data = [NSData dataWithBytes:event length:size];
             if (replyMode == kAEWaitReply) {
                 NSData *answer = [proxy handleEvent:data];
@@ -177,7 +217,7 @@ OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 repl
                     }
                 }
             } else {
-                [proxy postEvent:data mode:(int)replyMode];
+                [proxy postEvent:data mode:(int)replyMode replyTo:replyMode == kAEQueueReply ? Receiver() : nil];
             }
         }
     } @catch (NSException *exception) {
@@ -185,7 +225,7 @@ OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 repl
         err = [name isEqualToString:NSPortTimeoutException] ? errAETimeout : connectionInvalid;
         if (kill(pid, 0) != 0 && errno == ESRCH)
             err = procNotFound;
-        [gConnections removeObjectForKey:[NSNumber numberWithInt:pid]];
+        [gProxies removeObjectForKey:[NSNumber numberWithInt:pid]];
     }
     [pool drain];
     return err;

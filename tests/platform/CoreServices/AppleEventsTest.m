@@ -172,6 +172,47 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }
 
+/* A queued event's answer travels back without the target waiting for the
+ * sender: the sender runs no run loop until the target is free again, and
+ * the answer is there for it afterwards. */
+KT_CASE(AQueuedReplyDoesNotWaitForTheSendersRunLoop)
+{
+    NSString *folder = MakeFolder();
+    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+    KT_ASSERT(peer > 0);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+    gAnswers = 0;
+    KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
+
+    AppleEvent event, reply;
+    MakeEvent(peer, kEcho, "unattended", &event);
+    AEReturnID returnID = 0;
+    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
+    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    AEDisposeDesc(&event);
+    /* Polled without a run loop, for at most 30 s. */
+    BOOL peerFree = NO;
+    for (int i = 0; i < 600 && !peerFree; i++) {
+        peerFree = [[Contents(record) componentsSeparatedByString:@"\n"] containsObject:@"done unattended"];
+        if (!peerFree)
+            usleep(50000);
+    }
+    KT_EXPECT_MSG(peerFree, @"%@", Contents(record));
+    KT_EXPECT(gAnswers == 0);
+
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
+        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+    KT_EXPECT(gAnswers == 1);
+    KT_EXPECT(gAnswerReturnID == returnID);
+    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"UNATTENDED");
+    AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
+    Stop(peer);
+    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+}
+
 static int gEchoes;
 
 /* Answers the direct parameter upper-cased. */
