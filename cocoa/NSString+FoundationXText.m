@@ -1,5 +1,6 @@
 /* NSString(FoundationXText) and NSMutableString(FoundationXText). */
 #import <KORU/NSString+FoundationXText.h>
+#import <KORU/NSString+FoundationX.h>
 #import <KORU/NSData+FoundationX.h>
 
 #import "FoundationXSupport.h"
@@ -23,14 +24,6 @@ static const char *UTF8Form(NSString *text)
     } @catch (NSException *exception) {
         return NULL;
     }
-}
-
-/* Whether something is at path with a leading tilde expanded: the rule of
- * -[NSString(FoundationX) exists] in the path half of the family, kept here
- * so the text half does not wait for it. */
-static BOOL PathExists(NSString *path)
-{
-    return [[NSFileManager defaultManager] fileExistsAtPath:[path stringByExpandingTildeInPath]];
 }
 
 /* rangeOfString:options:range: with an empty string never found, as Cocoa
@@ -81,7 +74,7 @@ static BOOL IsDecimalDigit(unichar character)
 - (id)initWithTextFile:(NSString *)path encoding:(NSStringEncoding)encoding
 {
     static const char method[] = "-[NSString(FoundationX) initWithTextFile:encoding:]";
-    if (![path isKindOfClass:[NSString class]] || !PathExists(path)) {
+    if (![path isKindOfClass:[NSString class]] || ![path exists]) {
         KORULogFailure(method, 31);
         [self release];
         return nil;
