@@ -451,9 +451,12 @@ static NSString *Autoreleased(CFStringRef text)
     if (![destination isKindOfClass:[NSString class]] || UsablePath(destination) == nil || !IsPresent(self))
         return NO;
     @try {
-        // Replacing the source itself, or a folder above it, would lose it.
+        // Replacing the source itself, or a folder above it, would lose it;
+        // a copy into the source's own folder tree would never end.
         NSString *target = ResolvedPath(destination, NO);
-        if (target == nil || IsWithin(target, ResolvedPath(self, YES)) || IsWithin(target, ResolvedPath(self, NO)))
+        NSString *source = ResolvedPath(self, NO), *original = ResolvedPath(self, YES);
+        if (target == nil || source == nil || original == nil || IsWithin(target, source) ||
+            IsWithin(target, original) || IsWithin(source, target) || IsWithin(original, target))
             return NO;
         if (![[destination stringByDeletingLastPathComponent] createDirectories])
             return NO;

@@ -187,7 +187,9 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     // Nothing is removed where the copy cannot go or has nothing to copy.
     KT_EXPECT(![file createCopyOfPath:file] && ![folder createCopyOfPath:[folder stringByAppendingPathComponent:@"x/in"]]);
     KT_EXPECT(![[folder stringByAppendingPathComponent:@"none"] createCopyOfPath:copy] && ![file createCopyOfPath:nil]);
-    KT_EXPECT([file logicalSize] == 16 && [copy exists] && [deep existsDirectory]);
+    NSString *kept = Write(deep, @"kept.txt", @"kept");
+    KT_EXPECT(![kept createCopyOfPath:[folder stringByAppendingPathComponent:@"x/y"]] && ![kept createCopyOfPath:@"/"]);
+    KT_EXPECT([file logicalSize] == 16 && [copy exists] && [deep existsDirectory] && [kept exists]);
     // A NUL character would cut the path short at the file's own name.
     NSString *cut = [file stringByAppendingString:[NSString stringWithCharacters:(unichar[]){0, 'x'} length:2]];
     KT_EXPECT(![cut createEmptyFile] && ![cut remove] && ![copy createCopyOfPath:cut] && [file logicalSize] == 16);
