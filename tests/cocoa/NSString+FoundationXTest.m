@@ -193,6 +193,13 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     // A NUL character would cut the path short at the file's own name.
     NSString *cut = [file stringByAppendingString:[NSString stringWithCharacters:(unichar[]){0, 'x'} length:2]];
     KT_EXPECT(![cut createEmptyFile] && ![cut remove] && ![copy createCopyOfPath:cut] && [file logicalSize] == 16);
+    // A lone surrogate the file system cannot spell is no path, and no exception.
+    NSMutableString *lone = [NSMutableString stringWithString:folder];
+    [lone appendFormat:@"/%C", (unichar)0xD800];
+    FSRef ref;
+    KT_EXPECT(![lone exists] && ![lone isFolder] && [[lone subfilepaths] count] == 0 && [lone HFSPath] == nil);
+    KT_EXPECT(![lone createDirectory] && ![lone createEmptyFile] && ![file createCopyOfPath:lone] && ![lone remove]);
+    KT_EXPECT(![lone getFSRef:&ref] && [lone original] == nil && [lone logicalSize] == 0 && [lone displayName] == nil);
 
     KT_EXPECT([copy createEmptyFile] && [copy isPlainFile]);
     KT_EXPECT([[manager fileAttributesAtPath:copy traverseLink:NO] fileSize] == 0);
