@@ -278,7 +278,8 @@ KT_CASE(AliasesAndStorableDictionariesFollowMovedItems)
     KT_EXPECT(handle != NULL && GetHandleSize((Handle)handle) == (Size)[alias length]);
     DisposeHandle((Handle)handle);
 
-    NSString *moved = [folder stringByAppendingPathComponent:@"moved.txt"];
+    NSString *moved = [folder stringByAppendingPathComponent:@"kept/first.txt"];
+    [[folder stringByAppendingPathComponent:@"kept"] createDirectory];
     rename([file fileSystemRepresentation], [moved fileSystemRepresentation]);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithAliasData:alias], moved);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithStoreableDictionary:stored resolveAliasFirst:NO], moved);
