@@ -138,6 +138,20 @@ KT_CASE(MachOMagicTypeCreatorAndSizes)
     KT_EXPECT([[folder logicalSizeNumber] unsignedLongLongValue] == 19 + 8 + 3);
     KT_EXPECT([[folder stringByAppendingPathComponent:@"missing"] logicalSize] == 0);
 
+    // A resource file opened for writing takes a resource that reads back.
+    NSString *resourceFile = Write(folder, @"resources", @"");
+    ResFileRefNum resources = [resourceFile openResourceFork:YES];
+    KT_EXPECT(resources != -1 && CurResFile() == resources);
+    Handle bytes = NULL;
+    KT_EXPECT(PtrToHand("\0\0\0\0\0\0\1" "1\1" "x", &bytes, 10) == noErr);
+    AddResource(bytes, 0x76657273, 1, (ConstStr255Param) ""); // 'vers'
+    RFClose(&resources);
+    VersRec version;
+    resources = [resourceFile openResourceFork:NO];
+    KT_EXPECT(resources != -1 && RFGetVersion(1, &version) && version.shortVersion[1] == '1');
+    RFClose(&resources);
+    KT_EXPECT([[folder stringByAppendingPathComponent:@"missing"] openResourceFork:NO] == -1);
+
     FSCatalogInfo info;
     KT_EXPECT([note getFSCatalogInfo:&info ofBitmap:kFSCatInfoDataSizes] && info.dataLogicalSize == 10);
     KT_EXPECT(![note getFSCatalogInfo:NULL ofBitmap:kFSCatInfoDataSizes]);
