@@ -469,7 +469,12 @@ static NSString *Autoreleased(CFStringRef text)
             return NO;
         if (IsPresent(destination) && !RemoveItem(destination))
             return NO;
+        // A companion whose item went without it would give the copy its
+        // resource fork and Finder information.
         NSFileManager *manager = [NSFileManager defaultManager];
+        NSString *stale = CompanionPath(destination);
+        if (stale != nil && IsPresent(stale) && ![manager removeFileAtPath:stale handler:nil])
+            return NO;
         if (![manager copyPath:self toPath:destination handler:nil])
             return NO;
         NSString *companion = CompanionPath(self);

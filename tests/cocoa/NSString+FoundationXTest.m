@@ -195,6 +195,12 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     KT_EXPECT([file createCopyOfPath:copy]);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithContentsOfFile:copy encoding:NSUTF8StringEncoding error:NULL], @"content");
     KT_EXPECT([copy logicalSize] == 7 + 9 && [copy HFSFileType] == 0x54455854);
+    // A companion left behind by a plain delete lends the copy nothing.
+    NSString *plain = Write(folder, @"plain.txt", @"plain"), *orphaned = Write(folder, @"orphaned.txt", @"");
+    KT_EXPECT(SetTypeAndCreator(orphaned, 0x4150504C, 0x4B4F5255) && unlink([orphaned fileSystemRepresentation]) == 0);
+    KT_EXPECT([plain createCopyOfPath:orphaned] && [orphaned HFSFileType] == 0);
+    KT_EXPECT(SetTypeAndCreator(orphaned, 0x4150504C, 0x4B4F5255) && unlink([orphaned fileSystemRepresentation]) == 0);
+    KT_EXPECT([file createCopyOfPath:orphaned] && [orphaned HFSFileType] == 0x54455854);
     NSString *tree = [folder stringByAppendingPathComponent:@"new/tree"];
     KT_EXPECT([deep createCopyOfPath:tree] && [tree existsDirectory]);
 
