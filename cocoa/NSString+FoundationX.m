@@ -23,9 +23,10 @@ static const NSComparisonResult kNoPathOrder = (NSComparisonResult)INT32_MAX;
 static NSString *gFlagReceiver = nil;
 static LSItemInfoRecord gFlagRecord;
 
-/* The path, when the file system can take it: nil for an empty path and for
+/* The path, when the file system can take it: nil for an empty path, for
  * one holding a NUL character, which Foundation and the C library would cut
- * short there and so take for another item. */
+ * short there and so take for another item, and for one the file system
+ * cannot spell (a lone UTF-16 surrogate), on which Foundation raises. */
 static NSString *UsablePath(NSString *path)
 {
     static NSCharacterSet *nul = nil;
@@ -33,6 +34,11 @@ static NSString *UsablePath(NSString *path)
         nul = [[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)] retain];
     if ([path length] == 0 || [path rangeOfCharacterFromSet:nul].location != NSNotFound)
         return nil;
+    @try {
+        [path fileSystemRepresentation];
+    } @catch (NSException *exception) {
+        return nil;
+    }
     return path;
 }
 
@@ -388,7 +394,8 @@ static NSString *Autoreleased(CFStringRef text)
 - (NSString *)HFSPath
 {
     BOOL isDirectory = NO;
-    [[NSFileManager defaultManager] fileExistsAtPath:self isDirectory:&isDirectory];
+    if (UsablePath(self) != nil)
+        [[NSFileManager defaultManager] fileExistsAtPath:self isDirectory:&isDirectory];
     CFURLRef url = CreateFileURL(self, isDirectory);
     if (url == NULL)
         return nil;
@@ -451,15 +458,23 @@ static NSString *Autoreleased(CFStringRef text)
     if (![destination isKindOfClass:[NSString class]] || UsablePath(destination) == nil || !IsPresent(self))
         return NO;
     @try {
-        // Replacing the source itself, or a folder above it, would lose it.
+        // Replacing the source itself, or a folder above it, would lose it;
+        // a copy into the source's own folder tree would never end.
         NSString *target = ResolvedPath(destination, NO);
-        if (target == nil || IsWithin(target, ResolvedPath(self, YES)) || IsWithin(target, ResolvedPath(self, NO)))
+        NSString *source = ResolvedPath(self, NO), *original = ResolvedPath(self, YES);
+        if (target == nil || source == nil || original == nil || IsWithin(target, source) ||
+            IsWithin(target, original) || IsWithin(source, target) || IsWithin(original, target))
             return NO;
         if (![[destination stringByDeletingLastPathComponent] createDirectories])
             return NO;
         if (IsPresent(destination) && !RemoveItem(destination))
             return NO;
+        // A companion whose item went without it would give the copy its
+        // resource fork and Finder information.
         NSFileManager *manager = [NSFileManager defaultManager];
+        NSString *stale = CompanionPath(destination);
+        if (stale != nil && IsPresent(stale) && ![manager removeFileAtPath:stale handler:nil])
+            return NO;
         if (![manager copyPath:self toPath:destination handler:nil])
             return NO;
         NSString *companion = CompanionPath(self);

@@ -105,7 +105,7 @@
 /* Copies the receiver's item to destination, making its parent folders and
  * replacing what is there (with its resource fork and Finder information).
  * NO at the first failing step; NO without touching anything for a missing
- * source, a destination that is the source or lies inside it. */
+ * source, a destination that is the source, lies inside it or holds it. */
 - (BOOL)createCopyOfPath:(NSString *)destination;
 /* Writes an empty file at the path, emptying one that is there. */
 - (BOOL)createEmptyFile;

@@ -138,6 +138,20 @@ KT_CASE(MachOMagicTypeCreatorAndSizes)
     KT_EXPECT([[folder logicalSizeNumber] unsignedLongLongValue] == 19 + 8 + 3);
     KT_EXPECT([[folder stringByAppendingPathComponent:@"missing"] logicalSize] == 0);
 
+    // A resource file opened for writing takes a resource that reads back.
+    NSString *resourceFile = Write(folder, @"resources", @"");
+    ResFileRefNum resources = [resourceFile openResourceFork:YES];
+    KT_EXPECT(resources != -1 && CurResFile() == resources);
+    Handle bytes = NULL;
+    KT_EXPECT(PtrToHand("\0\0\0\0\0\0\1" "1\1" "x", &bytes, 10) == noErr);
+    AddResource(bytes, 0x76657273, 1, (ConstStr255Param) ""); // 'vers'
+    RFClose(&resources);
+    VersRec version;
+    resources = [resourceFile openResourceFork:NO];
+    KT_EXPECT(resources != -1 && RFGetVersion(1, &version) && version.shortVersion[1] == '1');
+    RFClose(&resources);
+    KT_EXPECT([[folder stringByAppendingPathComponent:@"missing"] openResourceFork:NO] == -1);
+
     FSCatalogInfo info;
     KT_EXPECT([note getFSCatalogInfo:&info ofBitmap:kFSCatInfoDataSizes] && info.dataLogicalSize == 10);
     KT_EXPECT(![note getFSCatalogInfo:NULL ofBitmap:kFSCatInfoDataSizes]);
@@ -181,16 +195,31 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     KT_EXPECT([file createCopyOfPath:copy]);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithContentsOfFile:copy encoding:NSUTF8StringEncoding error:NULL], @"content");
     KT_EXPECT([copy logicalSize] == 7 + 9 && [copy HFSFileType] == 0x54455854);
+    // A companion left behind by a plain delete lends the copy nothing.
+    NSString *plain = Write(folder, @"plain.txt", @"plain"), *orphaned = Write(folder, @"orphaned.txt", @"");
+    KT_EXPECT(SetTypeAndCreator(orphaned, 0x4150504C, 0x4B4F5255) && unlink([orphaned fileSystemRepresentation]) == 0);
+    KT_EXPECT([plain createCopyOfPath:orphaned] && [orphaned HFSFileType] == 0);
+    KT_EXPECT(SetTypeAndCreator(orphaned, 0x4150504C, 0x4B4F5255) && unlink([orphaned fileSystemRepresentation]) == 0);
+    KT_EXPECT([file createCopyOfPath:orphaned] && [orphaned HFSFileType] == 0x54455854);
     NSString *tree = [folder stringByAppendingPathComponent:@"new/tree"];
     KT_EXPECT([deep createCopyOfPath:tree] && [tree existsDirectory]);
 
     // Nothing is removed where the copy cannot go or has nothing to copy.
     KT_EXPECT(![file createCopyOfPath:file] && ![folder createCopyOfPath:[folder stringByAppendingPathComponent:@"x/in"]]);
     KT_EXPECT(![[folder stringByAppendingPathComponent:@"none"] createCopyOfPath:copy] && ![file createCopyOfPath:nil]);
-    KT_EXPECT([file logicalSize] == 16 && [copy exists] && [deep existsDirectory]);
+    NSString *kept = Write(deep, @"kept.txt", @"kept");
+    KT_EXPECT(![kept createCopyOfPath:[folder stringByAppendingPathComponent:@"x/y"]] && ![kept createCopyOfPath:@"/"]);
+    KT_EXPECT([file logicalSize] == 16 && [copy exists] && [deep existsDirectory] && [kept exists]);
     // A NUL character would cut the path short at the file's own name.
     NSString *cut = [file stringByAppendingString:[NSString stringWithCharacters:(unichar[]){0, 'x'} length:2]];
     KT_EXPECT(![cut createEmptyFile] && ![cut remove] && ![copy createCopyOfPath:cut] && [file logicalSize] == 16);
+    // A lone surrogate the file system cannot spell is no path, and no exception.
+    NSMutableString *lone = [NSMutableString stringWithString:folder];
+    [lone appendFormat:@"/%C", (unichar)0xD800];
+    FSRef ref;
+    KT_EXPECT(![lone exists] && ![lone isFolder] && [[lone subfilepaths] count] == 0 && [lone HFSPath] == nil);
+    KT_EXPECT(![lone createDirectory] && ![lone createEmptyFile] && ![file createCopyOfPath:lone] && ![lone remove]);
+    KT_EXPECT(![lone getFSRef:&ref] && [lone original] == nil && [lone logicalSize] == 0 && [lone displayName] == nil);
 
     KT_EXPECT([copy createEmptyFile] && [copy isPlainFile]);
     KT_EXPECT([[manager fileAttributesAtPath:copy traverseLink:NO] fileSize] == 0);
@@ -269,7 +298,8 @@ KT_CASE(AliasesAndStorableDictionariesFollowMovedItems)
     KT_EXPECT(handle != NULL && GetHandleSize((Handle)handle) == (Size)[alias length]);
     DisposeHandle((Handle)handle);
 
-    NSString *moved = [folder stringByAppendingPathComponent:@"moved.txt"];
+    NSString *moved = [folder stringByAppendingPathComponent:@"kept/first.txt"];
+    [[folder stringByAppendingPathComponent:@"kept"] createDirectory];
     rename([file fileSystemRepresentation], [moved fileSystemRepresentation]);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithAliasData:alias], moved);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithStoreableDictionary:stored resolveAliasFirst:NO], moved);
