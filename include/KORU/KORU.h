@@ -50,6 +50,7 @@
 #import <KORU/NSFileManager+FoundationX.h>
 #import <KORU/NSString+FoundationX.h>
 #import <KORU/NSString+FoundationXText.h>
+#import <KORU/AppKitX.h>
 #endif
 
 #endif
