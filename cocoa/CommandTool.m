@@ -234,10 +234,7 @@ static void PreparePipe(NSPipe *pipe)
     if (self == nil)
         return nil;
     mPidFD = -1;
-    if (pthread_mutex_init(&mLock, NULL) != 0) {
-        [self release];
-        return nil;
-    }
+    pthread_mutex_init(&mLock, NULL); /* cannot fail without attributes */
     return self;
 }
 
@@ -331,6 +328,7 @@ static void PreparePipe(NSPipe *pipe)
      * child end is closed here once the child has its copy). */
     id streams[3] = {_standardInput, _standardOutput, _standardError};
     int sources[3] = {-1, -1, -1};
+    int setupFailure = 0;
     int temporary[3] = {-1, -1, -1};
     NSFileHandle *childEnds[3] = {nil, nil, nil};
     posix_spawn_file_actions_t actions;
@@ -347,9 +345,13 @@ static void PreparePipe(NSPipe *pipe)
             continue;
         sources[stream] = [handle fileDescriptor];
         /* A source among 0 to 2 could be overwritten by an earlier stream's
-         * dup2 in the child: it is given from a copy above them. */
-        if (sources[stream] >= 0 && sources[stream] < 3 && sources[stream] != stream)
+         * dup2 in the child, or be the close-on-exec target itself: it is
+         * given from a copy above them. */
+        if (sources[stream] >= 0 && sources[stream] < 3) {
             sources[stream] = temporary[stream] = fcntl(sources[stream], F_DUPFD_CLOEXEC, 3);
+            if (sources[stream] < 0)
+                setupFailure = errno; /* the stream would silently be this process's own */
+        }
         if (sources[stream] >= 0)
             posix_spawn_file_actions_adddup2(&actions, sources[stream], stream);
     }
@@ -364,7 +366,8 @@ static void PreparePipe(NSPipe *pipe)
     posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
 
     pid_t pid = -1;
-    int failure = posix_spawn(&pid, argv[0], &actions, &attributes, (char *const *)argv, envp);
+    int failure = setupFailure != 0 ? setupFailure
+                                    : posix_spawn(&pid, argv[0], &actions, &attributes, (char *const *)argv, envp);
     posix_spawn_file_actions_destroy(&actions);
     posix_spawnattr_destroy(&attributes);
     for (int stream = 0; stream < 3; stream++) {
