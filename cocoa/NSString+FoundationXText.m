@@ -48,6 +48,14 @@ static NSMutableString *MutableCopy(NSString *text)
     return copy;
 }
 
+/* Whether the path holds a NUL character, where the file system would cut
+ * it short and so take it for another item. */
+static BOOL HoldsNul(NSString *path)
+{
+    return [path rangeOfCharacterFromSet:[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)]].location !=
+           NSNotFound;
+}
+
 static NSRange WholeRange(NSString *text)
 {
     return NSMakeRange(0, [text length]);
@@ -115,7 +123,7 @@ static BOOL IsDecimalDigit(unichar character)
    allowLossyConversion:(BOOL)lossy
              atomically:(BOOL)atomically
 {
-    if (![path isKindOfClass:[NSString class]])
+    if (![path isKindOfClass:[NSString class]] || HoldsNul(path))
         return NO;
     NSData *data = [self dataUsingEncoding:encoding allowLossyConversion:lossy];
     if (data == nil)
