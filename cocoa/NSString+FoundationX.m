@@ -23,9 +23,10 @@ static const NSComparisonResult kNoPathOrder = (NSComparisonResult)INT32_MAX;
 static NSString *gFlagReceiver = nil;
 static LSItemInfoRecord gFlagRecord;
 
-/* The path, when the file system can take it: nil for an empty path and for
+/* The path, when the file system can take it: nil for an empty path, for
  * one holding a NUL character, which Foundation and the C library would cut
- * short there and so take for another item. */
+ * short there and so take for another item, and for one without a file
+ * system form (half of a surrogate pair), for which Foundation raises. */
 static NSString *UsablePath(NSString *path)
 {
     static NSCharacterSet *nul = nil;
@@ -33,6 +34,11 @@ static NSString *UsablePath(NSString *path)
         nul = [[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)] retain];
     if ([path length] == 0 || [path rangeOfCharacterFromSet:nul].location != NSNotFound)
         return nil;
+    @try {
+        [path fileSystemRepresentation];
+    } @catch (NSException *exception) {
+        return nil;
+    }
     return path;
 }
 

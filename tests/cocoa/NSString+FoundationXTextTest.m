@@ -79,11 +79,14 @@ KT_CASE(TextFilesAreWrittenAndReadInTheirEncoding)
     KT_EXPECT(![WithoutUTF8Form() writeAsTextFile:ascii encoding:NSUTF8StringEncoding allowLossyConversion:NO
                                         atomically:YES]);
     KT_EXPECT(![text writeAsTextFile:nil encoding:NSUTF8StringEncoding allowLossyConversion:YES atomically:YES]);
-    // A NUL would cut the path short, to another file.
+    // A NUL would cut the path short, to another file; a path without a
+    // UTF-8 form names no file.
     NSString *cut = [folder stringByAppendingPathComponent:@"cut"];
     NSString *withNul = [cut stringByAppendingFormat:@"%C.txt", (unichar)0];
     KT_EXPECT(![text writeAsTextFile:withNul encoding:NSUTF8StringEncoding allowLossyConversion:NO atomically:NO]);
     KT_EXPECT(![[NSFileManager defaultManager] fileExistsAtPath:cut]);
+    NSString *noForm = [NSString stringWithFormat:@"%@/a%C", folder, (unichar)0xD800];
+    KT_EXPECT([NSString stringWithTextFile:noForm encoding:NSUTF8StringEncoding] == nil);
     RemoveFolder(folder);
 }
 
