@@ -37,6 +37,25 @@ static NSRange FindString(NSString *text, NSString *string, NSStringCompareOptio
     return [text rangeOfString:string options:options range:range];
 }
 
+/* A mutable copy that keeps every UTF-16 unit.  GNUstep's mutableCopy and
+ * stringWithString: answer an empty string for text holding half of a
+ * surrogate pair, which any cut inside a pair leaves behind; appending
+ * copies the units as they are. */
+static NSMutableString *MutableCopy(NSString *text)
+{
+    NSMutableString *copy = [NSMutableString stringWithCapacity:[text length]];
+    [copy appendString:text];
+    return copy;
+}
+
+/* Whether the path holds a NUL character, where the file system would cut
+ * it short and so take it for another item. */
+static BOOL HoldsNul(NSString *path)
+{
+    return [path rangeOfCharacterFromSet:[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)]].location !=
+           NSNotFound;
+}
+
 static NSRange WholeRange(NSString *text)
 {
     return NSMakeRange(0, [text length]);
@@ -104,7 +123,7 @@ static BOOL IsDecimalDigit(unichar character)
    allowLossyConversion:(BOOL)lossy
              atomically:(BOOL)atomically
 {
-    if (![path isKindOfClass:[NSString class]])
+    if (![path isKindOfClass:[NSString class]] || HoldsNul(path))
         return NO;
     NSData *data = [self dataUsingEncoding:encoding allowLossyConversion:lossy];
     if (data == nil)
@@ -199,7 +218,7 @@ static BOOL IsDecimalDigit(unichar character)
 - (NSMutableArray *)lines
 {
     @try {
-        NSMutableString *text = [NSMutableString stringWithString:self];
+        NSMutableString *text = MutableCopy(self);
         [text replaceOccurrencesOfString:@"\r\n" withString:@"\n" options:0 range:WholeRange(text)];
         [text replaceOccurrencesOfString:@"\r" withString:@"\n" options:0 range:WholeRange(text)];
         return [NSMutableArray arrayWithArray:[text componentsSeparatedByString:@"\n"]];
@@ -289,14 +308,14 @@ static BOOL IsDecimalDigit(unichar character)
 
 - (NSMutableString *)chractersFilteredString:(int (*)(int))test
 {
-    NSMutableString *copy = [[self mutableCopy] autorelease];
+    NSMutableString *copy = MutableCopy(self);
     [copy filterChracters:test];
     return copy;
 }
 
 - (NSMutableString *)stringBySetLength:(NSUInteger)length withFillString:(NSString *)fill
 {
-    NSMutableString *copy = [[self mutableCopy] autorelease];
+    NSMutableString *copy = MutableCopy(self);
     [copy setLength:length withFillString:fill];
     return copy;
 }
@@ -353,7 +372,7 @@ static BOOL IsDecimalDigit(unichar character)
 
 - (NSMutableString *)find:(NSString *)target andReplaceAllString:(NSString *)replacement
 {
-    NSMutableString *copy = [[self mutableCopy] autorelease];
+    NSMutableString *copy = MutableCopy(self);
     [copy find:target andReplaceAll:replacement];
     return copy;
 }
@@ -365,8 +384,8 @@ static BOOL IsDecimalDigit(unichar character)
     @try {
         if (index > [self length])
             return;
-        NSMutableString *head = [[[self substringToIndex:index] mutableCopy] autorelease];
-        NSMutableString *tail = [[[self substringFromIndex:index] mutableCopy] autorelease];
+        NSMutableString *head = MutableCopy([self substringToIndex:index]);
+        NSMutableString *tail = MutableCopy([self substringFromIndex:index]);
         *front = head;
         *back = tail;
     } @catch (NSException *exception) {

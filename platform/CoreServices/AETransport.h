@@ -21,8 +21,8 @@ OSErr KORUAEPublishPort(void);
  * up to timeoutSeconds and hands back the flattened reply in *reply (malloc'd,
  * the caller frees) and the handler's status as the result; with the other
  * modes the event is posted and noErr answers at once, and with kAEQueueReply
- * the answer comes back later as an event on the run loop of the thread that
- * first sent to that process.  procNotFound, connectionInvalid or
+ * the answer comes back later as an event on the run loop of the sending
+ * thread (while that thread lives).  procNotFound, connectionInvalid or
  * errAETimeout when the transport fails. */
 OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 replyMode,
                           double timeoutSeconds, void **reply, size_t *replySize);

@@ -79,6 +79,14 @@ KT_CASE(TextFilesAreWrittenAndReadInTheirEncoding)
     KT_EXPECT(![WithoutUTF8Form() writeAsTextFile:ascii encoding:NSUTF8StringEncoding allowLossyConversion:NO
                                         atomically:YES]);
     KT_EXPECT(![text writeAsTextFile:nil encoding:NSUTF8StringEncoding allowLossyConversion:YES atomically:YES]);
+    // A NUL would cut the path short, to another file; a path without a
+    // UTF-8 form names no file.
+    NSString *cut = [folder stringByAppendingPathComponent:@"cut"];
+    NSString *withNul = [cut stringByAppendingFormat:@"%C.txt", (unichar)0];
+    KT_EXPECT(![text writeAsTextFile:withNul encoding:NSUTF8StringEncoding allowLossyConversion:NO atomically:NO]);
+    KT_EXPECT(![[NSFileManager defaultManager] fileExistsAtPath:cut]);
+    NSString *noForm = [NSString stringWithFormat:@"%@/a%C", folder, (unichar)0xD800];
+    KT_EXPECT([NSString stringWithTextFile:noForm encoding:NSUTF8StringEncoding] == nil);
     RemoveFolder(folder);
 }
 
@@ -258,6 +266,39 @@ KT_CASE(SearchCutAndReplace)
     KT_EXPECT([replaced find:@"" andReplaceAll:@"x"] == 0 && [replaced find:@"-" andReplaceAll:nil] == 0);
     KT_EXPECT_EQUAL_OBJECTS([text find:@"=" andReplaceAllString:@": "], @"key: value: more");
     KT_EXPECT_EQUAL_OBJECTS(text, @"key=value=more");
+}
+
+/* Whether text holds exactly the count units.  Compared unit by unit:
+ * GNUstep cannot print, and some of its copies empty, text holding half of
+ * a surrogate pair. */
+static BOOL HasUnits(NSString *text, const unichar *units, NSUInteger count)
+{
+    unichar buffer[16];
+    if (![text isKindOfClass:[NSString class]] || [text length] != count || count > 16)
+        return NO;
+    [text getCharacters:buffer range:NSMakeRange(0, count)];
+    return memcmp(buffer, units, count * sizeof(unichar)) == 0;
+}
+
+/* A cut inside a surrogate pair leaves a half at each side; the copies the
+ * methods make keep it. */
+KT_CASE(HalvesOfASurrogatePairSurviveTheCopies)
+{
+    const unichar units[] = {'a', 0xD83D, 0xDE00, 'b'};
+    NSString *text = [NSString stringWithCharacters:units length:4];
+    NSMutableString *front = nil, *back = nil;
+    [text devideAtIndex:2 front:&front back:&back];
+    KT_EXPECT(HasUnits(front, units, 2) && HasUnits(back, units + 2, 2));
+    NSString *head = [text stringBySetLength:2 withFillString:nil];
+    KT_EXPECT(HasUnits(head, units, 2));
+    const unichar filled[] = {'a', 0xD83D, 'x'}, replaced[] = {'c', 0xD83D};
+    KT_EXPECT(HasUnits([head stringBySetLength:3 withFillString:@"x"], filled, 3));
+    KT_EXPECT(HasUnits([head find:@"a" andReplaceAllString:@"c"], replaced, 2));
+    KT_EXPECT(HasUnits([head chractersFilteredString:NULL], units, 2));
+    NSMutableString *twoLines = [NSMutableString stringWithString:@"\r\nz"];
+    [twoLines insertString:head atIndex:0];
+    NSArray *lines = [twoLines lines];
+    KT_EXPECT([lines count] == 2 && HasUnits([lines objectAtIndex:0], units, 2));
 }
 
 KT_CASE(LengthsFillsAndIntegers)
