@@ -9,8 +9,10 @@
 
 #import <AppKit/AppKit.h>
 
-/* The shared application.  It is not sent finishLaunching: that waits on
- * the X server for the application icon and can hang a test process. */
+/* The shared application.  It is not sent finishLaunching: that takes
+ * every command-line argument that is not a default (a test's case names)
+ * for a document to open and, with nobody to open it, stops the test at a
+ * modal "No information" alert. */
 static inline NSApplication *KGUISharedApplication(void)
 {
     return [NSApplication sharedApplication];
@@ -78,11 +80,34 @@ static inline BOOL KGUISpinUntil(BOOL (*condition)(void *), void *context, NSTim
 @interface KGUITimerTarget : NSObject
 @end
 
+static inline void KGUIScheduleTimer(NSTimeInterval delay, SEL selector, id userInfo);
+
 @implementation KGUITimerTarget
+
+/* A modal loop waits for its next event with no time limit, and a stop
+ * only takes effect once that wait returns: GNUstep's run loop polls
+ * without end when no timer is left, and an event posted to the
+ * application's queue does not wake the poll.  So every dismissal posts an
+ * event and leaves one more timer behind, which bounds the poll; the loop
+ * then finds the event and sees that its session has ended. */
+- (void)wake
+{
+    NSEvent *event = [NSEvent otherEventWithType:NSApplicationDefined location:NSZeroPoint
+                                   modifierFlags:0 timestamp:0 windowNumber:0 context:nil
+                                         subtype:0 data1:0 data2:0];
+    [NSApp postEvent:event atStart:NO];
+    KGUIScheduleTimer(0.05, @selector(nudge:), nil);
+}
+
+- (void)nudge:(NSTimer *)timer
+{
+    (void)timer;
+}
 
 - (void)stopModal:(NSTimer *)timer
 {
     [NSApp stopModalWithCode:[[timer userInfo] intValue]];
+    [self wake];
 }
 
 - (void)endSheet:(NSTimer *)timer
@@ -91,6 +116,7 @@ static inline BOOL KGUISpinUntil(BOOL (*condition)(void *), void *context, NSTim
     NSWindow *sheet = [info objectAtIndex:0];
     [NSApp endSheet:sheet returnCode:[[info objectAtIndex:1] intValue]];
     [sheet orderOut:nil];
+    [self wake];
 }
 
 /* The frontmost sheet of the window, whatever made it (an alert, a panel). */
@@ -102,6 +128,34 @@ static inline BOOL KGUISpinUntil(BOOL (*condition)(void *), void *context, NSTim
         return;
     [NSApp endSheet:sheet returnCode:[[info objectAtIndex:1] intValue]];
     [sheet orderOut:nil];
+    [self wake];
+}
+
+/* Presses the button titled title on the modal window (an alert, a
+ * panel) or, when none runs, on the first visible window that has one, as a
+ * person would: the panel then answers for that button. */
+- (void)pressButton:(NSTimer *)timer
+{
+    NSString *title = [timer userInfo];
+    NSMutableArray *windows = [NSMutableArray array];
+    if ([NSApp modalWindow] != nil)
+        [windows addObject:[NSApp modalWindow]];
+    [windows addObjectsFromArray:[NSApp windows]];
+    for (NSWindow *window in windows) {
+        if (![window isVisible])
+            continue;
+        NSMutableArray *views = [NSMutableArray arrayWithObject:[window contentView]];
+        while ([views count] > 0) {
+            NSView *view = [views objectAtIndex:0];
+            [views removeObjectAtIndex:0];
+            if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqual:title]) {
+                [(NSButton *)view performClick:nil];
+                [self wake];
+                return;
+            }
+            [views addObjectsFromArray:[view subviews]];
+        }
+    }
 }
 
 @end
@@ -122,6 +176,13 @@ static inline void KGUIScheduleTimer(NSTimeInterval delay, SEL selector, id user
 static inline void KGUIStopModalAfter(NSTimeInterval delay, int code)
 {
     KGUIScheduleTimer(delay, @selector(stopModal:), [NSNumber numberWithInt:code]);
+}
+
+/* After delay seconds, presses the button titled title on the modal window
+ * or sheet then showing (see -pressButton:). */
+static inline void KGUIPressButtonAfter(NSTimeInterval delay, NSString *title)
+{
+    KGUIScheduleTimer(delay, @selector(pressButton:), title);
 }
 
 /* After delay seconds, ends sheet with returnCode and orders it out. */
