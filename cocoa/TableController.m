@@ -263,12 +263,21 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
     (void)sender;
     if (mDatasourceArray == nil || !IsDefaultsKey(mDatasourceUDKey))
         return;
+    // The rows as they are now, not the live array: changes made after this
+    // are not written by someone else's synchronize.  Rows holding values
+    // that are no property list cannot be copied, and nothing is written.
+    CFPropertyListRef rows = CFPropertyListCreateDeepCopy(kCFAllocatorDefault, (CFPropertyListRef)mDatasourceArray,
+                                                          kCFPropertyListImmutable);
+    if (rows == NULL) {
+        KORULogFailure("-[TableController storeDatasource:]", __LINE__);
+        return;
+    }
     @try {
-        [[NSUserDefaults standardUserDefaults] setObject:mDatasourceArray forKey:mDatasourceUDKey];
+        [[NSUserDefaults standardUserDefaults] setObject:(id)rows forKey:mDatasourceUDKey];
     } @catch (NSException *exception) {
-        // Rows holding values the defaults cannot keep: nothing is written.
         KORULogException("-[TableController storeDatasource:]", __LINE__, exception);
     }
+    CFRelease(rows);
 }
 
 - (void)releaseDatasource
@@ -304,8 +313,8 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
 - (void)tableView:(NSTableView *)tableView setObjectValue:(id)value forTableColumn:(NSTableColumn *)column
               row:(NSInteger)row
 {
-    if (tableView == nil || tableView != vTableView || value == nil || ![column isEditable] || mDatasourceArray == nil || row < 0 ||
-        (NSUInteger)row >= [mDatasourceArray count])
+    if (tableView == nil || tableView != vTableView || value == nil || ![column isEditable] ||
+        mDatasourceArray == nil || row < 0 || (NSUInteger)row >= [mDatasourceArray count])
         return;
     id key = KeyOfColumn(column);
     if ([mDelegate respondsToSelector:@selector(tableController:convertSetEditedValue:forColumnIdentifier:row:)]) {
@@ -407,8 +416,9 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
     if (vTableView == nil || count == 0)
         return [NSIndexSet indexSet];
     NSMutableIndexSet *rows = [[[vTableView selectedRowIndexes] mutableCopy] autorelease];
-    if ([rows lastIndex] != NSNotFound && [rows lastIndex] >= count)
-        [rows removeIndexesInRange:NSMakeRange(count, NSNotFound - count)];
+    NSUInteger last = [rows lastIndex];
+    if (last != NSNotFound && last >= count)
+        [rows removeIndexesInRange:NSMakeRange(count, last - count + 1)];
     return rows;
 }
 
@@ -559,6 +569,8 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
 {
     if (![rows isKindOfClass:[NSArray class]])
         return;
+    if (rows == mDatasourceArray)
+        rows = [[rows copy] autorelease]; // the rows again, not an array growing as it is read
     NSUInteger at = [self clampedIndex:index];
     NSUInteger inserted = [rows count];
     [mDatasourceArray insertObjectsFromArray:rows atIndex:at];
