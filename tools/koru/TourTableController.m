@@ -35,7 +35,7 @@ static NSString *const kItem = @"item";
 static void PrintRows(const char *what, TableController *list)
 {
     NSArray *items = [list datasourceOfColumn:kItem visibleValue:NO];
-    printf("  %-38s %s\n", what, items != nil ? [[items componentsJoinedByString:@", "] UTF8String] : "(a row lacks an item)");
+    printf("  %-42s %s\n", what, items != nil ? [[items componentsJoinedByString:@", "] UTF8String] : "(a row lacks an item)");
 }
 
 static bool TourTableController(CFBundleRef bundle)
@@ -63,7 +63,7 @@ static bool TourTableController(CFBundleRef bundle)
     [list insertDatasourceArray:[NSArray arrayWithObject:@"coffee"] ofColumn:kItem visibleValue:NO atIndex:1];
     PrintRows("\"coffee\" inserted at 1 as a column value:", list);
     NSArray *shown = [list datasourceOfColumn:kItem visibleValue:YES];
-    printf("  %-38s %s\n", "as the delegate shows them:", [[shown componentsJoinedByString:@", "] UTF8String]);
+    printf("  %-42s %s\n", "as the delegate shows them:", [[shown componentsJoinedByString:@", "] UTF8String]);
     NSArray *now = [list datasourceArray];
     NSComparisonResult order = compare([now objectAtIndex:0], [now objectAtIndex:1], list);
     printf("  DatasourceRowCompare(row 0, row 1): %s\n",
