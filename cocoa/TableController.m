@@ -80,6 +80,38 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
 
 @implementation TableController
 
+/* ---- The table's own calls ---- */
+
+/* The table is told of changes made to the rows; what it raises (a table
+ * without columns raises as it lays itself out again) is caught here, so
+ * that a change already made to the rows is never left half reported. */
+- (void)noteRowsChanged
+{
+    @try {
+        [vTableView noteNumberOfRowsChanged];
+    } @catch (NSException *exception) {
+        KORULogException("-[TableController noteRowsChanged]", __LINE__, exception);
+    }
+}
+
+- (void)deselectAllRows
+{
+    @try {
+        [vTableView deselectAll:self];
+    } @catch (NSException *exception) {
+        KORULogException("-[TableController deselectAllRows]", __LINE__, exception);
+    }
+}
+
+- (void)deselectRow:(NSUInteger)row
+{
+    @try {
+        [vTableView deselectRow:(NSInteger)row];
+    } @catch (NSException *exception) {
+        KORULogException("-[TableController deselectRow:]", __LINE__, exception);
+    }
+}
+
 /* ---- Creation and wiring ---- */
 
 - (id)init
@@ -252,7 +284,7 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
     if (mDatasourceArray != nil) {
         // Loading marks the window as edited: kept as hosts know it.
         [self setWindowEditedIfNeed:YES];
-        [vTableView noteNumberOfRowsChanged];
+        [self noteRowsChanged];
     } else {
         KORULogFailure("-[TableController loadDatasource]", __LINE__);
     }
@@ -323,7 +355,7 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
             // A rejected edit removes the row, by design.
             if ((NSUInteger)row < [mDatasourceArray count])
                 [mDatasourceArray removeObjectAtIndex:row];
-            [vTableView noteNumberOfRowsChanged];
+            [self noteRowsChanged];
             return;
         }
     }
@@ -548,9 +580,9 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
 {
     if ([mDatasourceArray count] == 0)
         return;
-    [vTableView deselectAll:self];
+    [self deselectAllRows];
     [mDatasourceArray removeAllObjects];
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
 }
 
@@ -575,10 +607,10 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
     NSUInteger inserted = [rows count];
     [mDatasourceArray insertObjectsFromArray:rows atIndex:at];
     if (!mDontDeselectTemporary)
-        [vTableView deselectAll:self];
-    [vTableView noteNumberOfRowsChanged];
+        [self deselectAllRows];
+    [self noteRowsChanged];
     [self selectRows:NSMakeRange(at, inserted) stoppingAtEnd:YES];
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
 }
 
@@ -703,7 +735,7 @@ static NSUInteger NextSelectedRow(SelectionWalk *walk, NSUInteger row, NSUIntege
         KORULogException("-[TableController replaceSelectionWithDatasourceArray:]", __LINE__, exception);
     }
     free(walk.rows);
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
     mDontDeselectTemporary = NO;
 }
@@ -744,7 +776,7 @@ static NSUInteger NextSelectedRow(SelectionWalk *walk, NSUInteger row, NSUIntege
         done = NO;
     }
     free(walk.rows);
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
     mDontDeselectTemporary = NO;
     return done;
@@ -761,7 +793,7 @@ static NSUInteger NextSelectedRow(SelectionWalk *walk, NSUInteger row, NSUIntege
     // index past its end are not to be trusted here.
     for (NSUInteger row = [selection lastIndex]; row != NSNotFound && row >= first;
          row = [selection indexLessThanIndex:row]) {
-        [vTableView deselectRow:row];
+        [self deselectRow:row];
         [doomed addIndex:row];
     }
     // One pass over the array instead of one shift per removed row (and
@@ -793,7 +825,7 @@ static NSUInteger LoweredTarget(const uint32_t *indexes, NSUInteger count, NSUIn
             if (count > 0 && index >= 0 && mDatasourceArray != nil &&
                 [mDatasourceArray moveObjects:indexes toIndex:(NSUInteger)index])
                 lowered = LoweredTarget([indexes bytes], count, (NSUInteger)index);
-            [vTableView deselectAll:self];
+            [self deselectAllRows];
             if (lowered != NSNotFound)
                 [self selectRows:NSMakeRange(lowered, count) stoppingAtEnd:NO];
         }
@@ -801,7 +833,7 @@ static NSUInteger LoweredTarget(const uint32_t *indexes, NSUInteger count, NSUIn
         KORULogException("-[TableController moveRows:to:]", __LINE__, exception);
     }
     [indexes release];
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
 }
 
@@ -839,10 +871,10 @@ static NSUInteger LoweredTarget(const uint32_t *indexes, NSUInteger count, NSUIn
     NSMutableDictionary *row = [self initialRowDatasourceForIndex:index];
     if (row != nil && mDatasourceArray != nil) {
         [mDatasourceArray insertObject:row atIndex:[self clampedIndex:index]];
-        [vTableView noteNumberOfRowsChanged];
+        [self noteRowsChanged];
         [vTableView selectRow:index asExtending:NO andEdit:YES];
     }
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
 }
 
 - (IBAction)delete:(id)sender
@@ -851,7 +883,7 @@ static NSUInteger LoweredTarget(const uint32_t *indexes, NSUInteger count, NSUIn
         return;
     [mDelegate tableController:self delete:sender];
     [self deleteSelectedRowAfter:0];
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
 }
 
@@ -899,7 +931,7 @@ static NSUInteger LoweredTarget(const uint32_t *indexes, NSUInteger count, NSUIn
         KORULogException("-[TableController sortAll:]", __LINE__, exception);
     }
     [sorted release];
-    [vTableView noteNumberOfRowsChanged];
+    [self noteRowsChanged];
     [self setWindowEditedIfNeed:YES];
 }
 

@@ -522,6 +522,17 @@ KT_CASE(NothingBreaksWithoutATableOrADelegate)
     KT_EXPECT([controller insertIndexToAdd] == 0 && [controller insertIndexToReplace] == 0);
     KT_EXPECT([[controller selectedRowArray] length] == 0);
     KT_EXPECT([controller numberOfRowsInTableView:nil] == 0);
+
+    // A table without columns raises as it lays itself out: nothing escapes
+    // and no row is lost.
+    KGUISharedApplication();
+    NSTableView *bare = [[[NSTableView alloc] initWithFrame:NSMakeRect(0, 0, 50, 50)] autorelease];
+    TableController *served = [[[TableController alloc] initWithTableView:bare] autorelease];
+    [served setDatasourceArray:Rows(@"a b")];
+    [served addNewRow:nil];
+    [served moveRows:Indexes(0, 1) to:3];
+    [served sortAll:nil];
+    KT_EXPECT([[served datasourceArray] count] == 3);
 }
 
 /* ---- Rows in the user defaults ---- */

@@ -86,8 +86,7 @@ static NSMenu *AddSubmenu(NSMenu *menu, NSString *title)
     [button setTitle:title];
     [button setBezelStyle:NSRoundedBezelStyle];
     [button sizeToFit];
-    // The table keeps the focus, so that commands sent to the first
-    // responder reach the TableController behind it.
+    // The table keeps the focus, and with it the Edit menu's commands.
     [button setRefusesFirstResponder:YES];
     [button setTarget:target];
     [button setAction:action];
@@ -183,6 +182,12 @@ static NSMenu *AddSubmenu(NSMenu *menu, NSString *title)
     }
     [mRows setAutosetWindowEdited:YES];
     [mTable deselectAll:nil];
+    // The buttons speak to the controller itself, so that they work whether
+    // or not the window holds the keyboard focus; the controller still
+    // refuses what cannot be done (nothing to cut without a selection).
+    for (NSView *view in [[mWindow contentView] subviews])
+        if ([view isKindOfClass:[NSButton class]] && [(NSButton *)view target] == nil)
+            [(NSButton *)view setTarget:mRows];
     [mWindow setDocumentEdited:NO];
 }
 
