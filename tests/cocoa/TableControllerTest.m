@@ -1,7 +1,7 @@
-/* TableController serving a real NSTableView in a real window: the data
- * source, the commands through the responder chain and the general
- * pasteboard, the window's edited mark, and the rows kept in the user
- * defaults across processes. */
+/* TableController serving a real NSTableView (a TableView) in a real
+ * window: the data source, the commands through the responder chain and the
+ * general pasteboard, the window's edited mark, and the rows kept in the
+ * user defaults across processes. */
 #import "KTest.h"
 #import "KGUI.h"
 
@@ -533,27 +533,32 @@ KT_CASE(NothingBreaksWithoutATableOrADelegate)
     [served moveRows:Indexes(0, 1) to:3];
     [served sortAll:nil];
     KT_EXPECT([[served datasourceArray] count] == 3);
+
+    // TableView drags as NSTableView does on this system (10.4 and later).
+    TableView *table = [[[TableView alloc] initWithFrame:NSMakeRect(0, 0, 50, 50)] autorelease];
+    [table setDraggingSourceOperationMask:NSDragOperationCopy forLocal:NO];
+    KT_EXPECT(GestaltSystemVersion() >= 0x1040 && [table draggingSourceOperationMaskForLocal:NO] == NSDragOperationCopy);
 }
 
 /* ---- Rows in the user defaults ---- */
 
+/* What the probe prints for mode, run without a display: a controller
+ * without a table must not need one. */
 static NSString *RunProbe(NSString *mode, NSString *key)
 {
     NSTask *task = [[[NSTask alloc] init] autorelease];
     NSPipe *pipe = [NSPipe pipe];
-    [task setLaunchPath:@TABLE_CONTROLLER_PROBE];
-    [task setArguments:[NSArray arrayWithObjects:mode, key, nil]];
-    // No display: a controller without a table must not need one.
     NSMutableDictionary *environment = [[[[NSProcessInfo processInfo] environment] mutableCopy] autorelease];
     [environment removeObjectForKey:@"DISPLAY"];
     [task setEnvironment:environment];
+    [task setLaunchPath:@TABLE_CONTROLLER_PROBE];
+    [task setArguments:[NSArray arrayWithObjects:mode, key, nil]];
     [task setStandardOutput:pipe];
     [task launch];
     NSData *output = [[pipe fileHandleForReading] readDataToEndOfFile];
     [task waitUntilExit];
-    if ([task terminationStatus] != 0)
-        return nil;
-    return [[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease];
+    NSString *text = [[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease];
+    return [task terminationStatus] == 0 ? text : nil;
 }
 
 KT_CASE(RowsComeBackInANewProcess)

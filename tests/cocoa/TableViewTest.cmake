@@ -1,1 +1,0 @@
-koru_gui_test(${KORU_TEST_TARGET})
