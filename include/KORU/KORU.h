@@ -38,6 +38,7 @@
 #ifdef __OBJC__
 #import <KORU/CommandTool.h>
 #import <KORU/DiskImage.h>
+#import <KORU/TableController.h>
 /* +[NSThread sleepForTimeInterval:] is Foundation's own here and is not
  * redefined. */
 #import <KORU/NSObject+FoundationX.h>
