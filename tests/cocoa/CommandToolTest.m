@@ -156,6 +156,11 @@ KT_CASE(SynchronousRunCapturesBothStreamsWhateverTheExitStatus)
     KT_EXPECT_EQUAL_OBJECTS([[output mutableCopy] autorelease], [@"to out!" dataUsingEncoding:NSUTF8StringEncoding]);
     [output setLength:2];
     KT_EXPECT_EQUAL_OBJECTS([[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease], @"to");
+    /* Appended to itself while its storage grows and moves. */
+    for (int i = 0; i < 24; i++)
+        [output appendData:output];
+    KT_ASSERT([output length] == (2u << 24));
+    KT_EXPECT(memcmp((const char *)[output bytes] + [output length] - 2, "to", 2) == 0);
 
     /* Each run starts with empty buffers; NO releases a buffer. */
     [tool setArguments:[NSArray arrayWithObjects:@"-c", @"printf again", nil]];
