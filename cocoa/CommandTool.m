@@ -12,6 +12,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/eventfd.h>
@@ -197,6 +198,40 @@ static void PreparePipe(NSPipe *pipe)
     fcntl(reading, F_SETPIPE_SZ, kPipeSize);
 }
 
+/* Collects a child that no task follows any more when it ends; the thread
+ * owns the child's pidfd. */
+static void *ReapLaterMain(void *argument)
+{
+    int pidFD = (int)(intptr_t)argument;
+    siginfo_t info;
+    /* Fails at once (ECHILD) when GNUstep's waiting for any child took it. */
+    while (waitid(P_PIDFD, (id_t)pidFD, &info, WEXITED) < 0 && errno == EINTR)
+        ;
+    close(pidFD);
+    return NULL;
+}
+
+/* Starts the thread that collects the child behind pidFD when it ends: YES
+ * when the thread owns pidFD from now on.  Without a pidfd the child is left
+ * to GNUstep's waiting for any child: waiting for its number could collect
+ * another child of the host's that has taken the number meanwhile. */
+static BOOL ReapLater(int pidFD)
+{
+    if (pidFD < 0)
+        return NO;
+    pthread_attr_t attributes;
+    pthread_t thread;
+    sigset_t all, saved;
+    sigfillset(&all);
+    pthread_attr_init(&attributes);
+    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    pthread_sigmask(SIG_BLOCK, &all, &saved); /* the host's signals are not for it */
+    int started = pthread_create(&thread, &attributes, ReapLaterMain, (void *)(intptr_t)pidFD);
+    pthread_sigmask(SIG_SETMASK, &saved, NULL);
+    pthread_attr_destroy(&attributes);
+    return started == 0;
+}
+
 /* The child process of a run: an NSTask that starts its program with
  * posix_spawn and reaps it itself.
  *
@@ -240,8 +275,13 @@ static void PreparePipe(NSPipe *pipe)
 
 - (void)dealloc
 {
-    if (_hasLaunched && !mReaped)
-        [self isRunning]; /* reaps a child that has ended */
+    if (_hasLaunched && !mReaped && [self isRunning]) {
+        /* A run that ended early (a delegate raised) lets go of a child that
+         * is still running: it is collected when it ends, so that it does
+         * not stay a zombie of the host. */
+        if (ReapLater(mPidFD))
+            mPidFD = -1;
+    }
     if (mPidFD >= 0)
         close(mPidFD);
     pthread_mutex_destroy(&mLock);

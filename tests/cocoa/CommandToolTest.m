@@ -407,6 +407,57 @@ KT_CASE(KillAtAnyMomentOfARunIsHarmless)
     [observer release];
 }
 
+/* Raises at the first chunk, which is the child's process number. */
+@interface RaisingDelegate : NSObject {
+@public
+    int pid;
+}
+@end
+
+@implementation RaisingDelegate
+- (BOOL)commandTool:(CommandTool *)tool readStandardOutputData:(NSData *)data
+{
+    (void)tool;
+    pid = [[[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease] intValue];
+    [NSException raise:@"DelegateException" format:@"raised by the delegate"];
+    return YES;
+}
+@end
+
+/* The state letter of /proc/<pid>/stat, or 0 when there is no such process. */
+static char ProcessState(int pid)
+{
+    char path[64], text[512];
+    snprintf(path, sizeof path, "/proc/%d/stat", pid);
+    FILE *file = fopen(path, "r");
+    if (file == NULL)
+        return 0;
+    size_t length = fread(text, 1, sizeof text - 1, file);
+    fclose(file);
+    text[length] = '\0';
+    const char *end = strrchr(text, ')');
+    return end != NULL && end[1] == ' ' ? end[2] : '?';
+}
+
+KT_CASE(ChildLeftByARaisingDelegateIsCollectedWhenItEnds)
+{
+    /* The run ends at the exception while the child still runs; no run loop
+     * runs here, so only the tool itself can collect the child. */
+    RaisingDelegate *delegate = [[RaisingDelegate alloc] init];
+    CommandTool *tool = ShellTool(@"echo $$; exec sleep 0.3");
+    [tool setReadStandardOutput:YES];
+    [tool setDelegate:delegate];
+    KT_EXPECT(![tool run:NO]);
+    KT_ASSERT(delegate->pid > 0);
+    char state = ProcessState(delegate->pid);
+    for (int i = 0; i < 1000 && state != 0; i++) {
+        usleep(10000);
+        state = ProcessState(delegate->pid);
+    }
+    KT_EXPECT_MSG(state == 0, @"child %d left in state %c", delegate->pid, state);
+    [delegate release];
+}
+
 KT_CASE(DelegateSayingNoStopsTheReadingAtItsChunk)
 {
     ChunkDelegate *delegate = [[ChunkDelegate alloc] init];
