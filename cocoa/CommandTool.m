@@ -350,8 +350,16 @@ static BOOL ReapLater(int pidFD)
     NSMutableData *argumentVector = [NSMutableData dataWithLength:(count + 2) * sizeof(char *)];
     const char **argv = [argumentVector mutableBytes];
     argv[0] = [launchPath fileSystemRepresentation];
-    for (NSUInteger i = 0; i < count; i++)
-        argv[i + 1] = [[[arguments objectAtIndex:i] description] UTF8String];
+    for (NSUInteger i = 0; i < count; i++) {
+        /* An argument holding a NUL character would reach the program cut
+         * short there: the program is not started with other arguments
+         * than it was given.  (Half of a surrogate pair raises here.) */
+        NSString *argument = [[arguments objectAtIndex:i] description];
+        argv[i + 1] = [argument UTF8String];
+        if (argv[i + 1] == NULL || strlen(argv[i + 1]) != [argument lengthOfBytesUsingEncoding:NSUTF8StringEncoding])
+            [NSException raise:NSInvalidArgumentException
+                        format:@"CommandToolTask: argument %lu cannot be passed to a program", (unsigned long)(i + 1)];
+    }
 
     char **envp = environ;
     if (_environment != nil) {

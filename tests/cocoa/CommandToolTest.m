@@ -246,6 +246,20 @@ KT_CASE(ProgramsThatCannotRunFailTheRun)
     [cleared setExecutePath:nil];
     KT_EXPECT(![cleared run:NO]);
 
+    /* Arguments the system cannot take fail the run instead of being cut
+     * short or ending the argument vector early. */
+    unichar withNUL[] = {'a', 0, 'b'};
+    NSArray *oddArguments = [NSArray arrayWithObjects:[NSString stringWithCharacters:withNUL length:3],
+                                                      [NSString stringWithFormat:@"a%Cb", (unichar)0xD800], nil];
+    KT_ASSERT([oddArguments count] == 2);
+    for (NSString *odd in oddArguments) {
+        CommandTool *tool = [CommandTool commandToolWithPath:@"/bin/echo"];
+        [tool setArguments:[NSArray arrayWithObjects:@"before", odd, @"after", nil]];
+        [tool setReadStandardOutput:YES];
+        KT_EXPECT(![tool run:NO]);
+        KT_EXPECT([[tool standardOutputData] length] == 0);
+    }
+
     /* A failed run does not spoil later launches, nor their arguments. */
     CommandTool *echo = [CommandTool commandToolWithPath:@"/bin/echo"];
     [echo setArguments:[NSArray arrayWithObjects:@"still", @"here", nil]];
