@@ -181,6 +181,9 @@ static BOOL IsExecutableFile(NSString *path)
 {
     if (path == nil || [path length] == 0)
         return NO;
+    /* The system would take the path cut short at a NUL character: another file. */
+    if ([path rangeOfCharacterFromSet:[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)]].location != NSNotFound)
+        return NO;
     return IsLaunchableFile([path fileSystemRepresentation], 0);
 }
 

@@ -224,7 +224,9 @@ KT_CASE(ProgramsThatCannotRunFailTheRun)
     char temporary[] = "/tmp/koru-commandtool-XXXXXX";
     KT_ASSERT(mkdtemp(temporary) != NULL);
     NSString *folder = [NSString stringWithUTF8String:temporary];
+    unichar cutShort[] = {'/', 'b', 'i', 'n', '/', 't', 'r', 'u', 'e', 0, 'x'};
     NSArray *paths = [NSArray arrayWithObjects:@"/nonexistent/tool", folder, @"",
+                                               [NSString stringWithCharacters:cutShort length:11],
                                                MakeFile(folder, @"plain", @"text", 0644),
                                                MakeFile(folder, @"not-a-program", @"text", 0755),
                                                MakeFile(folder, @"bad-script", @"#!/nonexistent/sh\n", 0755),
