@@ -119,9 +119,16 @@ enum {
 {
     if (length == 0)
         return;
+    /* Bytes of this buffer's own (appending the data to itself) move with
+     * the storage when it grows. */
+    uintptr_t address = (uintptr_t)bytes, start = (uintptr_t)mBytes;
+    BOOL own = mBytes != NULL && address >= start && address < start + mCapacity;
+    NSUInteger offset = own ? (NSUInteger)(address - start) : 0;
     if (length > NSUIntegerMax - mLength ||
         (mLength + length > mCapacity && ![self growTo:mLength + length]))
         [NSException raise:NSMallocException format:@"CaptureBuffer: no memory for %lu more bytes", (unsigned long)length];
+    if (own)
+        bytes = mBytes + offset;
     memmove(mBytes + mLength, bytes, length);
     mLength += length;
 }

@@ -12,6 +12,7 @@
 #include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
+#include <stdint.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/eventfd.h>
@@ -180,6 +181,9 @@ static BOOL IsExecutableFile(NSString *path)
 {
     if (path == nil || [path length] == 0)
         return NO;
+    /* The system would take the path cut short at a NUL character: another file. */
+    if ([path rangeOfCharacterFromSet:[NSCharacterSet characterSetWithRange:NSMakeRange(0, 1)]].location != NSNotFound)
+        return NO;
     return IsLaunchableFile([path fileSystemRepresentation], 0);
 }
 
@@ -195,6 +199,40 @@ static void PreparePipe(NSPipe *pipe)
     fcntl(reading, F_SETFD, FD_CLOEXEC);
     fcntl(writing, F_SETFD, FD_CLOEXEC);
     fcntl(reading, F_SETPIPE_SZ, kPipeSize);
+}
+
+/* Collects a child that no task follows any more when it ends; the thread
+ * owns the child's pidfd. */
+static void *ReapLaterMain(void *argument)
+{
+    int pidFD = (int)(intptr_t)argument;
+    siginfo_t info;
+    /* Fails at once (ECHILD) when GNUstep's waiting for any child took it. */
+    while (waitid(P_PIDFD, (id_t)pidFD, &info, WEXITED) < 0 && errno == EINTR)
+        ;
+    close(pidFD);
+    return NULL;
+}
+
+/* Starts the thread that collects the child behind pidFD when it ends: YES
+ * when the thread owns pidFD from now on.  Without a pidfd the child is left
+ * to GNUstep's waiting for any child: waiting for its number could collect
+ * another child of the host's that has taken the number meanwhile. */
+static BOOL ReapLater(int pidFD)
+{
+    if (pidFD < 0)
+        return NO;
+    pthread_attr_t attributes;
+    pthread_t thread;
+    sigset_t all, saved;
+    sigfillset(&all);
+    pthread_attr_init(&attributes);
+    pthread_attr_setdetachstate(&attributes, PTHREAD_CREATE_DETACHED);
+    pthread_sigmask(SIG_BLOCK, &all, &saved); /* the host's signals are not for it */
+    int started = pthread_create(&thread, &attributes, ReapLaterMain, (void *)(intptr_t)pidFD);
+    pthread_sigmask(SIG_SETMASK, &saved, NULL);
+    pthread_attr_destroy(&attributes);
+    return started == 0;
 }
 
 /* The child process of a run: an NSTask that starts its program with
@@ -240,8 +278,13 @@ static void PreparePipe(NSPipe *pipe)
 
 - (void)dealloc
 {
-    if (_hasLaunched && !mReaped)
-        [self isRunning]; /* reaps a child that has ended */
+    if (_hasLaunched && !mReaped && [self isRunning]) {
+        /* A run that ended early (a delegate raised) lets go of a child that
+         * is still running: it is collected when it ends, so that it does
+         * not stay a zombie of the host. */
+        if (ReapLater(mPidFD))
+            mPidFD = -1;
+    }
     if (mPidFD >= 0)
         close(mPidFD);
     pthread_mutex_destroy(&mLock);
@@ -310,8 +353,16 @@ static void PreparePipe(NSPipe *pipe)
     NSMutableData *argumentVector = [NSMutableData dataWithLength:(count + 2) * sizeof(char *)];
     const char **argv = [argumentVector mutableBytes];
     argv[0] = [launchPath fileSystemRepresentation];
-    for (NSUInteger i = 0; i < count; i++)
-        argv[i + 1] = [[[arguments objectAtIndex:i] description] UTF8String];
+    for (NSUInteger i = 0; i < count; i++) {
+        /* An argument holding a NUL character would reach the program cut
+         * short there: the program is not started with other arguments
+         * than it was given.  (Half of a surrogate pair raises here.) */
+        NSString *argument = [[arguments objectAtIndex:i] description];
+        argv[i + 1] = [argument UTF8String];
+        if (argv[i + 1] == NULL || strlen(argv[i + 1]) != [argument lengthOfBytesUsingEncoding:NSUTF8StringEncoding])
+            [NSException raise:NSInvalidArgumentException
+                        format:@"CommandToolTask: argument %lu cannot be passed to a program", (unsigned long)(i + 1)];
+    }
 
     char **envp = environ;
     if (_environment != nil) {

@@ -156,6 +156,11 @@ KT_CASE(SynchronousRunCapturesBothStreamsWhateverTheExitStatus)
     KT_EXPECT_EQUAL_OBJECTS([[output mutableCopy] autorelease], [@"to out!" dataUsingEncoding:NSUTF8StringEncoding]);
     [output setLength:2];
     KT_EXPECT_EQUAL_OBJECTS([[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease], @"to");
+    /* Appended to itself while its storage grows and moves. */
+    for (int i = 0; i < 24; i++)
+        [output appendData:output];
+    KT_ASSERT([output length] == (2u << 24));
+    KT_EXPECT(memcmp((const char *)[output bytes] + [output length] - 2, "to", 2) == 0);
 
     /* Each run starts with empty buffers; NO releases a buffer. */
     [tool setArguments:[NSArray arrayWithObjects:@"-c", @"printf again", nil]];
@@ -219,7 +224,9 @@ KT_CASE(ProgramsThatCannotRunFailTheRun)
     char temporary[] = "/tmp/koru-commandtool-XXXXXX";
     KT_ASSERT(mkdtemp(temporary) != NULL);
     NSString *folder = [NSString stringWithUTF8String:temporary];
+    unichar cutShort[] = {'/', 'b', 'i', 'n', '/', 't', 'r', 'u', 'e', 0, 'x'};
     NSArray *paths = [NSArray arrayWithObjects:@"/nonexistent/tool", folder, @"",
+                                               [NSString stringWithCharacters:cutShort length:11],
                                                MakeFile(folder, @"plain", @"text", 0644),
                                                MakeFile(folder, @"not-a-program", @"text", 0755),
                                                MakeFile(folder, @"bad-script", @"#!/nonexistent/sh\n", 0755),
@@ -240,6 +247,20 @@ KT_CASE(ProgramsThatCannotRunFailTheRun)
     CommandTool *cleared = [CommandTool commandToolWithPath:@"/bin/true"];
     [cleared setExecutePath:nil];
     KT_EXPECT(![cleared run:NO]);
+
+    /* Arguments the system cannot take fail the run instead of being cut
+     * short or ending the argument vector early. */
+    unichar withNUL[] = {'a', 0, 'b'};
+    NSArray *oddArguments = [NSArray arrayWithObjects:[NSString stringWithCharacters:withNUL length:3],
+                                                      [NSString stringWithFormat:@"a%Cb", (unichar)0xD800], nil];
+    KT_ASSERT([oddArguments count] == 2);
+    for (NSString *odd in oddArguments) {
+        CommandTool *tool = [CommandTool commandToolWithPath:@"/bin/echo"];
+        [tool setArguments:[NSArray arrayWithObjects:@"before", odd, @"after", nil]];
+        [tool setReadStandardOutput:YES];
+        KT_EXPECT(![tool run:NO]);
+        KT_EXPECT([[tool standardOutputData] length] == 0);
+    }
 
     /* A failed run does not spoil later launches, nor their arguments. */
     CommandTool *echo = [CommandTool commandToolWithPath:@"/bin/echo"];
@@ -400,6 +421,57 @@ KT_CASE(KillAtAnyMomentOfARunIsHarmless)
     [[NSNotificationCenter defaultCenter] removeObserver:observer];
     [observer->running release];
     [observer release];
+}
+
+/* Raises at the first chunk, which is the child's process number. */
+@interface RaisingDelegate : NSObject {
+@public
+    int pid;
+}
+@end
+
+@implementation RaisingDelegate
+- (BOOL)commandTool:(CommandTool *)tool readStandardOutputData:(NSData *)data
+{
+    (void)tool;
+    pid = [[[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease] intValue];
+    [NSException raise:@"DelegateException" format:@"raised by the delegate"];
+    return YES;
+}
+@end
+
+/* The state letter of /proc/<pid>/stat, or 0 when there is no such process. */
+static char ProcessState(int pid)
+{
+    char path[64], text[512];
+    snprintf(path, sizeof path, "/proc/%d/stat", pid);
+    FILE *file = fopen(path, "r");
+    if (file == NULL)
+        return 0;
+    size_t length = fread(text, 1, sizeof text - 1, file);
+    fclose(file);
+    text[length] = '\0';
+    const char *end = strrchr(text, ')');
+    return end != NULL && end[1] == ' ' ? end[2] : '?';
+}
+
+KT_CASE(ChildLeftByARaisingDelegateIsCollectedWhenItEnds)
+{
+    /* The run ends at the exception while the child still runs; no run loop
+     * runs here, so only the tool itself can collect the child. */
+    RaisingDelegate *delegate = [[RaisingDelegate alloc] init];
+    CommandTool *tool = ShellTool(@"echo $$; exec sleep 0.3");
+    [tool setReadStandardOutput:YES];
+    [tool setDelegate:delegate];
+    KT_EXPECT(![tool run:NO]);
+    KT_ASSERT(delegate->pid > 0);
+    char state = ProcessState(delegate->pid);
+    for (int i = 0; i < 1000 && state != 0; i++) {
+        usleep(10000);
+        state = ProcessState(delegate->pid);
+    }
+    KT_EXPECT_MSG(state == 0, @"child %d left in state %c", delegate->pid, state);
+    [delegate release];
 }
 
 KT_CASE(DelegateSayingNoStopsTheReadingAtItsChunk)
