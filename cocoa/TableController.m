@@ -543,36 +543,17 @@ NSComparisonResult DatasourceRowCompare(id row1, id row2, void *context)
     return MIN((NSUInteger)index, [mDatasourceArray count]);
 }
 
-/* Selects the rows as selectRow:asExtending:andEdit: would one after the
- * other (extending on a multiple-selection table, each row clamped to the
- * table), ending with the same selection and the last row scrolled into
- * view, but with one change of selection for the block instead of one per
- * row: moves and insertions of thousands of rows stay quick.  With stop,
- * rows at or past the table's end are left out instead of clamped. */
+/* Selects the rows one after the other with selectRow:asExtending:andEdit:
+ * (extending on a multiple-selection table, each row clamped to the table),
+ * so that whoever watches the selection sees each row selected in turn.
+ * With stop, the rows at or past the table's end are left out. */
 - (void)selectRows:(NSRange)rows stoppingAtEnd:(BOOL)stop
 {
-    NSInteger count = [vTableView numberOfRows];
-    if (rows.length == 0 || count <= 0)
-        return;
-    if (stop && rows.location >= (NSUInteger)count)
-        return;
-    NSUInteger end = MIN(NSMaxRange(rows), (NSUInteger)count);
     BOOL extend = [vTableView allowsMultipleSelection];
-    NSUInteger first = MIN(rows.location, (NSUInteger)count - 1);
-    NSUInteger last = stop ? end - 1 : MIN(NSMaxRange(rows) - 1, (NSUInteger)count - 1);
-    [vTableView selectRow:(int)first asExtending:extend andEdit:NO];
-    if (last == first)
-        return;
-    if (!extend) {
-        [vTableView selectRow:(int)last asExtending:NO andEdit:NO];
-        return;
-    }
-    @try {
-        [vTableView selectRowIndexes:[NSIndexSet indexSetWithIndexesInRange:NSMakeRange(first, last - first + 1)]
-                byExtendingSelection:YES];
-        [vTableView scrollRowToVisible:last];
-    } @catch (NSException *exception) {
-        KORULogException("-[TableController selectRows:stoppingAtEnd:]", __LINE__, exception);
+    for (NSUInteger row = rows.location; row < NSMaxRange(rows); row++) {
+        if (stop && (NSInteger)row >= [vTableView numberOfRows])
+            break;
+        [vTableView selectRow:(int)row asExtending:extend andEdit:NO];
     }
 }
 

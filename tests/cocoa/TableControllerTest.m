@@ -108,6 +108,16 @@ static NSString *const kRowsType = @"KORUTableTestRows";
     return YES;
 }
 
+/* Each change of the table's selection, as the rows then selected: "1,2". */
+- (void)tableViewSelectionDidChange:(NSNotification *)notification
+{
+    NSIndexSet *rows = [[notification object] selectedRowIndexes];
+    NSMutableArray *list = [NSMutableArray array];
+    for (NSUInteger row = [rows firstIndex]; row != NSNotFound; row = [rows indexGreaterThanIndex:row])
+        [list addObject:[NSString stringWithFormat:@"%lu", (unsigned long)row]];
+    [self note:@"selection", [list componentsJoinedByString:@","], nil];
+}
+
 - (NSDragOperation)tableView:(NSTableView *)tableView validateDrop:(id<NSDraggingInfo>)info
                  proposedRow:(NSInteger)row proposedDropOperation:(NSTableViewDropOperation)operation
 {
@@ -464,6 +474,23 @@ KT_CASE(MovingRowsSelectsThemAtTheirNewPlace)
     [controller moveRows:Indexes(3, 1) to:0];
     [controller moveRows:Indexes(1, 3) to:-1];
     KT_EXPECT_EQUAL_OBJECTS(Names(controller), @"A C B D E");
+}
+
+/* The table's delegate sees inserted and moved rows selected one by one,
+ * each row a change of selection of its own. */
+KT_CASE(RowsAreSelectedOneByOne)
+{
+    Recorder *recorder = [[[Recorder alloc] init] autorelease];
+    TableController *controller = Serve(@"a b c d e", recorder, YES);
+    NSArray *kinds = [NSArray arrayWithObject:@"selection"];
+    Select(gTable, Set(0, 1));
+    [recorder->calls removeAllObjects];
+    [controller insertDatasourceArray:Rows(@"x y z") atIndex:1];
+    KT_EXPECT_EQUAL_OBJECTS(Seen(recorder, kinds), @"selection= selection=1 selection=1,2 selection=1,2,3");
+    [recorder->calls removeAllObjects];
+    [controller moveRows:[controller selectedRowArray] to:7];
+    KT_EXPECT_EQUAL_OBJECTS(Names(controller), @"a b c d x y z e");
+    KT_EXPECT_EQUAL_OBJECTS(Seen(recorder, kinds), @"selection= selection=4 selection=4,5 selection=4,5,6");
 }
 
 KT_CASE(ColumnsComeOutWholeAndRowsAreEnumerated)
