@@ -24,10 +24,10 @@ target_link_libraries(KORU
 # none of its symbols and uses only its categories, which a linker dropping
 # unreferenced libraries (--as-needed) would otherwise leave out.  It is named
 # in one link option of its own, which no merging of the host's library list
-# (a host linking KORU::KORU too) can move away from its --no-as-needed.  The
-# GUI libraries join here once AppKit is linked.
+# (a host linking KORU::KORU too) can move away from its --no-as-needed.
+# GNUstep::Gui gives the host AppKit and Foundation.
 add_library(KORUObjC INTERFACE)
-target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Base)
+target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Gui)
 set(koru_linker_file
   "$<BUILD_INTERFACE:$<TARGET_LINKER_FILE:KORU>>$<INSTALL_INTERFACE:$<INSTALL_PREFIX>/${CMAKE_INSTALL_LIBDIR}/${CMAKE_SHARED_LIBRARY_PREFIX}KORU${CMAKE_SHARED_LIBRARY_SUFFIX}>")
 target_link_options(KORUObjC INTERFACE
@@ -67,7 +67,21 @@ set(KORU_CONNECTION_PROBE_URL "http://www.apple.com/" CACHE STRING
 set_property(SOURCE ${PROJECT_SOURCE_DIR}/net/ConnectionProbe.cpp APPEND PROPERTY
   COMPILE_DEFINITIONS "KORU_CONNECTION_PROBE_URL=\"${KORU_CONNECTION_PROBE_URL}\"")
 
-# DiskImage runs the disk-image tools from where `cmake --install` puts them.
+# DiskImage finds the disk-image tools from the library's own folder: the
+# installed layout (<prefix>/lib, <prefix>/bin) is also the build folder's,
+# so a moved prefix and a fresh build both find their tools, without an
+# install.  The configured paths serve only when the library cannot tell
+# where it is.  The library's old place in the build folder stays as links,
+# for builds over this one that look for it there.
+file(RELATIVE_PATH koru_tools_from_library ${CMAKE_INSTALL_FULL_LIBDIR} ${CMAKE_INSTALL_FULL_BINDIR})
+set_target_properties(KORU PROPERTIES LIBRARY_OUTPUT_DIRECTORY ${PROJECT_BINARY_DIR}/${CMAKE_INSTALL_LIBDIR})
 target_compile_definitions(KORU PRIVATE
+  KORU_DISK_IMAGE_TOOLS_FROM_LIBRARY="${koru_tools_from_library}"
   KORU_DISK_IMAGE_EDITOR_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdiutil-koru"
   KORU_DISK_IMAGE_MOUNTER_PATH="${CMAKE_INSTALL_FULL_BINDIR}/hdid-koru")
+add_custom_command(TARGET KORU POST_BUILD
+  COMMAND ${CMAKE_COMMAND} -E create_symlink $<TARGET_LINKER_FILE:KORU>
+          ${PROJECT_BINARY_DIR}/$<TARGET_LINKER_FILE_NAME:KORU>
+  COMMAND ${CMAKE_COMMAND} -E create_symlink $<TARGET_SONAME_FILE:KORU>
+          ${PROJECT_BINARY_DIR}/$<TARGET_SONAME_FILE_NAME:KORU>
+  VERBATIM)

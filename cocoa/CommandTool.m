@@ -1,4 +1,4 @@
-/* F_SETPIPE_SZ, vmsplice */
+/* F_SETPIPE_SZ, vmsplice, posix_spawn_file_actions_addclosefrom_np */
 #define _GNU_SOURCE 1
 
 #import <KORU/CommandTool.h>
@@ -11,15 +11,23 @@
 #include <poll.h>
 #include <pthread.h>
 #include <signal.h>
+#include <spawn.h>
 #include <stdlib.h>
 #include <string.h>
 #include <sys/eventfd.h>
+#include <sys/pidfd.h>
 #include <sys/uio.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
 #include <unistd.h>
 
+extern char **environ;
+
 NSString *const CommandToolDidRunNotification = @"CommandToolDidRunNotification";
+
+/* Guards every tool's mTask between the run, which sets and clears it, and
+ * kill, which may come from another thread. */
+static pthread_mutex_t gTaskLock = PTHREAD_MUTEX_INITIALIZER;
 
 /* Bytes read from the child per read(2): enough to empty a full pipe at once. */
 enum { kReadChunkSize = 1024 * 1024 };
@@ -139,15 +147,6 @@ static int DuplicateDescriptor(NSFileHandle *handle)
     return fcntl([handle fileDescriptor], F_DUPFD_CLOEXEC, 0);
 }
 
-/* Blocks until the child has exited without reaping it; NSTask then finds
- * its status at once instead of polling its run loop every tenth of a second. */
-static void WaitForExit(pid_t pid)
-{
-    siginfo_t info;
-    while (waitid(P_PID, (id_t)pid, &info, WEXITED | WNOWAIT) < 0 && errno == EINTR)
-        ;
-}
-
 /* True when execve(2) will start the file: an executable regular file that is
  * an ELF program, or a "#!" script whose interpreter is one in turn (the
  * kernel follows a few levels of those). */
@@ -175,9 +174,8 @@ static BOOL IsLaunchableFile(const char *path, int depth)
     return *interpreter != '\0' && IsLaunchableFile(interpreter, depth + 1);
 }
 
-/* GNUstep's NSTask launches what execve(2) then refuses, lets the child exit
- * with status 255 without raising, and from then on passes no arguments to
- * the programs it launches in this process: such a path must never reach it. */
+/* Checked before anything is started, so that a path that names no program
+ * fails the run the same way whatever the system's spawning reports. */
 static BOOL IsExecutableFile(NSString *path)
 {
     if (path == nil || [path length] == 0)
@@ -185,10 +183,299 @@ static BOOL IsExecutableFile(NSString *path)
     return IsLaunchableFile([path fileSystemRepresentation], 0);
 }
 
-static void EnlargePipe(NSPipe *pipe)
+/* Both ends of a pipe close-on-exec: programs that the host starts by other
+ * means while a run is in progress must not inherit them, or the run would
+ * wait for those programs to close them.  The run's own child gets its ends
+ * as its standard streams all the same.  A larger pipe means fewer, larger
+ * transfers between the two processes (the system may grant less). */
+static void PreparePipe(NSPipe *pipe)
 {
-    fcntl([[pipe fileHandleForReading] fileDescriptor], F_SETPIPE_SZ, kPipeSize);
+    int reading = [[pipe fileHandleForReading] fileDescriptor];
+    int writing = [[pipe fileHandleForWriting] fileDescriptor];
+    fcntl(reading, F_SETFD, FD_CLOEXEC);
+    fcntl(writing, F_SETFD, FD_CLOEXEC);
+    fcntl(reading, F_SETPIPE_SZ, kPipeSize);
 }
+
+/* The child process of a run: an NSTask that starts its program with
+ * posix_spawn and reaps it itself.
+ *
+ * GNUstep's own task reaps its children from whichever run loop sees the
+ * SIGCHLD first and then performs its termination notice on the thread that
+ * launched it; when that thread (a run's worker) has ended in the meantime,
+ * GNUstep raises NSInternalInconsistencyException from the run loop that did
+ * the reaping, the host's.  This task is unknown to GNUstep: nothing is ever
+ * performed on another thread, and the thread that waits for the child
+ * collects it.  GNUstep may still reap the child first (it waits for any
+ * child); the child's end is then seen through its pidfd, and its status is
+ * unknown (-1).
+ *
+ * Like GNUstep's task, the child leads a session of its own with default
+ * signal handling, and terminate signals its whole process group.  It
+ * inherits no descriptor beyond its three standard streams.  Without an
+ * environment set it gets the process's current one. */
+@interface CommandToolTask : NSTask
+{
+    pthread_mutex_t mLock; /* orders terminate against reaping */
+    int mPidFD;            /* -1 when there is none */
+    BOOL mReaped;          /* collected here, or found collected elsewhere */
+    BOOL mTerminateAtLaunch;
+}
+- (BOOL)reap;
+- (void)signalGroup:(int)signalNumber;
+- (void)sendSignal:(int)signalNumber;
+@end
+
+@implementation CommandToolTask
+
+- (id)init
+{
+    self = [super init];
+    if (self == nil)
+        return nil;
+    mPidFD = -1;
+    pthread_mutex_init(&mLock, NULL); /* cannot fail without attributes */
+    return self;
+}
+
+- (void)dealloc
+{
+    if (_hasLaunched && !mReaped)
+        [self isRunning]; /* reaps a child that has ended */
+    if (mPidFD >= 0)
+        close(mPidFD);
+    pthread_mutex_destroy(&mLock);
+    [super dealloc];
+}
+
+/* With mLock held: YES once the child has ended, collecting it when it can. */
+- (BOOL)reap
+{
+    if (mReaped)
+        return YES;
+    siginfo_t info;
+    memset(&info, 0, sizeof info);
+    int result;
+    do {
+        result = mPidFD >= 0 ? waitid(P_PIDFD, (id_t)mPidFD, &info, WEXITED | WNOHANG)
+                             : waitid(P_PID, (id_t)_taskId, &info, WEXITED | WNOHANG);
+    } while (result < 0 && errno == EINTR);
+    if (result == 0 && info.si_pid == 0)
+        return NO;
+    mReaped = YES;
+    _hasCollected = YES;
+    _hasTerminated = YES;
+    if (result < 0) { /* collected by someone else */
+        _terminationStatus = -1;
+        _terminationReason = NSTaskTerminationReasonExit;
+    } else if (info.si_code == CLD_EXITED) {
+        _terminationStatus = info.si_status;
+        _terminationReason = NSTaskTerminationReasonExit;
+    } else {
+        _terminationStatus = info.si_status;
+        _terminationReason = NSTaskTerminationReasonUncaughtSignal;
+    }
+    return YES;
+}
+
+/* With mLock held: signals the child's process group unless the child has
+ * been collected (its number may then belong to another process). */
+- (void)signalGroup:(int)signalNumber
+{
+    if (mReaped)
+        return;
+    siginfo_t info;
+    memset(&info, 0, sizeof info);
+    int result = mPidFD >= 0 ? waitid(P_PIDFD, (id_t)mPidFD, &info, WEXITED | WNOHANG | WNOWAIT)
+                             : waitid(P_PID, (id_t)_taskId, &info, WEXITED | WNOHANG | WNOWAIT);
+    if (result == 0) /* running, or ended and not collected: the group is still its own */
+        killpg(_taskId, signalNumber);
+}
+
+/* The argument vector, environment and file actions are built before the
+ * spawn and freed after it; raises when the program cannot be started. */
+- (void)launch
+{
+    pthread_mutex_lock(&mLock);
+    BOOL launched = _hasLaunched;
+    pthread_mutex_unlock(&mLock);
+    if (launched)
+        [NSException raise:NSInvalidArgumentException format:@"CommandToolTask: the task has already been launched"];
+    NSString *launchPath = [self launchPath];
+    if (launchPath == nil)
+        [NSException raise:NSInvalidArgumentException format:@"CommandToolTask: no launch path set"];
+
+    NSArray *arguments = [self arguments];
+    NSUInteger count = [arguments count];
+    NSMutableData *argumentVector = [NSMutableData dataWithLength:(count + 2) * sizeof(char *)];
+    const char **argv = [argumentVector mutableBytes];
+    argv[0] = [launchPath fileSystemRepresentation];
+    for (NSUInteger i = 0; i < count; i++)
+        argv[i + 1] = [[[arguments objectAtIndex:i] description] UTF8String];
+
+    char **envp = environ;
+    if (_environment != nil) {
+        NSArray *keys = [_environment allKeys];
+        NSMutableData *environment = [NSMutableData dataWithLength:([keys count] + 1) * sizeof(char *)];
+        envp = [environment mutableBytes];
+        for (NSUInteger i = 0; i < [keys count]; i++) {
+            id key = [keys objectAtIndex:i];
+            envp[i] = (char *)[[NSString stringWithFormat:@"%@=%@", key, [_environment objectForKey:key]] UTF8String];
+        }
+    }
+
+    /* Each stream is inherited, or given as a file handle or a pipe (whose
+     * child end is closed here once the child has its copy). */
+    id streams[3] = {_standardInput, _standardOutput, _standardError};
+    int sources[3] = {-1, -1, -1};
+    int setupFailure = 0;
+    int temporary[3] = {-1, -1, -1};
+    NSFileHandle *childEnds[3] = {nil, nil, nil};
+    posix_spawn_file_actions_t actions;
+    posix_spawnattr_t attributes;
+    posix_spawn_file_actions_init(&actions);
+    posix_spawnattr_init(&attributes);
+    for (int stream = 0; stream < 3; stream++) {
+        id handle = streams[stream];
+        if ([handle isKindOfClass:[NSPipe class]]) {
+            handle = stream == 0 ? [handle fileHandleForReading] : [handle fileHandleForWriting];
+            childEnds[stream] = handle;
+        }
+        if (handle == nil)
+            continue;
+        sources[stream] = [handle fileDescriptor];
+        /* A source among 0 to 2 could be overwritten by an earlier stream's
+         * dup2 in the child, or be the close-on-exec target itself: it is
+         * given from a copy above them. */
+        if (sources[stream] >= 0 && sources[stream] < 3) {
+            sources[stream] = temporary[stream] = fcntl(sources[stream], F_DUPFD_CLOEXEC, 3);
+            if (sources[stream] < 0)
+                setupFailure = errno; /* the stream would silently be this process's own */
+        }
+        if (sources[stream] >= 0)
+            posix_spawn_file_actions_adddup2(&actions, sources[stream], stream);
+    }
+    posix_spawn_file_actions_addclosefrom_np(&actions, 3);
+    if (_currentDirectoryPath != nil)
+        posix_spawn_file_actions_addchdir_np(&actions, [_currentDirectoryPath fileSystemRepresentation]);
+    sigset_t all, none;
+    sigfillset(&all);
+    sigemptyset(&none);
+    posix_spawnattr_setsigdefault(&attributes, &all);
+    posix_spawnattr_setsigmask(&attributes, &none);
+    posix_spawnattr_setflags(&attributes, POSIX_SPAWN_SETSID | POSIX_SPAWN_SETSIGDEF | POSIX_SPAWN_SETSIGMASK);
+
+    pid_t pid = -1;
+    int failure = setupFailure != 0 ? setupFailure
+                                    : posix_spawn(&pid, argv[0], &actions, &attributes, (char *const *)argv, envp);
+    posix_spawn_file_actions_destroy(&actions);
+    posix_spawnattr_destroy(&attributes);
+    for (int stream = 0; stream < 3; stream++) {
+        if (temporary[stream] >= 0)
+            close(temporary[stream]);
+    }
+    if (failure != 0)
+        [NSException raise:NSInvalidArgumentException
+                    format:@"CommandToolTask: cannot launch '%@': %s", launchPath, strerror(failure)];
+
+    pthread_mutex_lock(&mLock);
+    _taskId = pid;
+    _hasLaunched = YES;
+    /* Without a pidfd (an old kernel) the child is followed by its number. */
+    mPidFD = pidfd_open(pid, 0);
+    if (mPidFD < 0 && errno == ESRCH)
+        mReaped = YES; /* ended and collected by GNUstep already */
+    if (mTerminateAtLaunch)
+        [self signalGroup:SIGTERM];
+    pthread_mutex_unlock(&mLock);
+    for (int stream = 0; stream < 3; stream++)
+        [childEnds[stream] closeFile];
+}
+
+- (BOOL)isRunning
+{
+    pthread_mutex_lock(&mLock);
+    BOOL running = _hasLaunched && ![self reap];
+    pthread_mutex_unlock(&mLock);
+    return running;
+}
+
+/* Blocks without running the run loop, and collects the child. */
+- (void)waitUntilExit
+{
+    pthread_mutex_lock(&mLock);
+    BOOL launched = _hasLaunched;
+    pthread_mutex_unlock(&mLock);
+    if (!launched)
+        return;
+    /* The wait leaves the child uncollected, so that terminate may still
+     * signal its group; reap then collects it under the lock. */
+    siginfo_t info;
+    if (mPidFD >= 0) {
+        struct pollfd ended = {mPidFD, POLLIN, 0};
+        while (poll(&ended, 1, -1) < 0 && errno == EINTR)
+            ;
+    } else {
+        while (waitid(P_PID, (id_t)_taskId, &info, WEXITED | WNOWAIT) < 0 && errno == EINTR)
+            ;
+    }
+    pthread_mutex_lock(&mLock);
+    while (![self reap]) { /* ended but not yet a zombie: moments */
+        pthread_mutex_unlock(&mLock);
+        usleep(1000);
+        pthread_mutex_lock(&mLock);
+    }
+    pthread_mutex_unlock(&mLock);
+}
+
+/* Before the launch: the child is terminated as soon as it is launched. */
+- (void)terminate
+{
+    [self sendSignal:SIGTERM];
+}
+
+- (void)interrupt
+{
+    [self sendSignal:SIGINT];
+}
+
+- (BOOL)suspend
+{
+    [self sendSignal:SIGSTOP];
+    return YES;
+}
+
+- (BOOL)resume
+{
+    [self sendSignal:SIGCONT];
+    return YES;
+}
+
+- (void)sendSignal:(int)signalNumber
+{
+    pthread_mutex_lock(&mLock);
+    if (_hasLaunched)
+        [self signalGroup:signalNumber];
+    else if (signalNumber == SIGTERM)
+        mTerminateAtLaunch = YES;
+    pthread_mutex_unlock(&mLock);
+}
+
+- (int)terminationStatus
+{
+    if ([self isRunning] || !_hasLaunched)
+        [NSException raise:NSInvalidArgumentException format:@"CommandToolTask: the task has not terminated"];
+    return _terminationStatus;
+}
+
+- (NSTaskTerminationReason)terminationReason
+{
+    if ([self isRunning] || !_hasLaunched)
+        [NSException raise:NSInvalidArgumentException format:@"CommandToolTask: the task has not terminated"];
+    return _terminationReason;
+}
+
+@end
 
 /* One captured stream of the child. */
 typedef struct {
@@ -329,14 +616,13 @@ typedef struct {
 {
     if (!__atomic_load_n(&mRunning, __ATOMIC_ACQUIRE))
         return;
-    /* The run makes its task a moment before launching it, and NSTask raises
-     * when asked to end a task it has not launched: there is nothing to end
-     * yet, and the caller must not see the exception. */
-    @try {
-        [mTask terminate];
-    } @catch (NSException *exception) {
-        (void)exception;
-    }
+    /* The task is held for the moment of the call: the run may be letting
+     * it go meanwhile.  A task not yet launched ends at its launch. */
+    pthread_mutex_lock(&gTaskLock);
+    NSTask *task = [mTask retain];
+    pthread_mutex_unlock(&gTaskLock);
+    [task terminate];
+    [task release];
 }
 
 - (BOOL)run:(BOOL)asynchronous
@@ -374,7 +660,10 @@ typedef struct {
     BOOL writing = NO;
     @try {
         /* Without the task or a pipe the run ends before launching, silently. */
-        mTask = [[NSTask alloc] init];
+        NSTask *made = [[CommandToolTask alloc] init];
+        pthread_mutex_lock(&gTaskLock);
+        mTask = made;
+        pthread_mutex_unlock(&gTaskLock);
         BOOL ready = mTask != nil;
         if (ready && input != nil)
             ready = (inPipe = [[NSPipe alloc] init]) != nil;
@@ -392,7 +681,6 @@ typedef struct {
                 error.fd = [[errPipe fileHandleForReading] fileDescriptor];
             [self readOutput:&output error:&error];
 
-            WaitForExit([mTask processIdentifier]);
             [mTask waitUntilExit];
             mSucceeded = YES;
         }
@@ -404,9 +692,10 @@ typedef struct {
     if (writing)
         InputWriterFinish(&writer);
     [input release];
-    /* Cleared before it goes, for a kill from the owning thread. */
+    pthread_mutex_lock(&gTaskLock);
     NSTask *task = mTask;
     mTask = nil;
+    pthread_mutex_unlock(&gTaskLock);
     [task release];
     [inPipe release];
     [outPipe release];
@@ -442,15 +731,15 @@ typedef struct {
                  writer:(InputWriter *)writer
 {
     if (inPipe != nil) {
-        EnlargePipe(inPipe);
+        PreparePipe(inPipe);
         [mTask setStandardInput:inPipe];
     }
     if (outPipe != nil) {
-        EnlargePipe(outPipe);
+        PreparePipe(outPipe);
         [mTask setStandardOutput:outPipe];
     }
     if (errPipe != nil) {
-        EnlargePipe(errPipe);
+        PreparePipe(errPipe);
         [mTask setStandardError:errPipe];
     }
     /* Anything that is not a program fails here, as a launch does. */

@@ -1,14 +1,102 @@
+/* dladdr */
+#define _GNU_SOURCE 1
+
 #import <KORU/DiskImage.h>
 
 #import <KORU/CommandTool.h>
 
 #import "CaughtException.h"
 
+#include <dlfcn.h>
 #include <stdint.h>
+#include <stdlib.h>
+#include <string.h>
 
-/* Where `cmake --install` puts the toolkit's disk-image tools. */
-NSString *const kDiskImageEditorPath = @KORU_DISK_IMAGE_EDITOR_PATH;
-NSString *const kDiskImageMounterPath = @KORU_DISK_IMAGE_MOUNTER_PATH;
+/* The tools lie at a fixed place relative to this library: installed, the
+ * library is in <prefix>/lib and the tools in <prefix>/bin, and the build
+ * folder has the same layout.  So the paths are found from where the library
+ * was loaded, and a prefix moved elsewhere keeps working.
+ *
+ * Hosts see the exported names as constants, and read them only after the
+ * library has been loaded, by which time +load below has given them their
+ * values.  The library writes them through these names, bound to the same
+ * symbols; a host's copy of them (a copy relocation) is written alike. */
+NSString *DiskImageEditorPathValue __asm__("kDiskImageEditorPath") = nil;
+NSString *DiskImageMounterPathValue __asm__("kDiskImageMounterPath") = nil;
+
+/* folder (a real path: no links, no "." or "..") joined with relative
+ * (made of names, "." and ".."): a new C string, or NULL. */
+static char *JoinPath(const char *folder, const char *relative)
+{
+    size_t size = strlen(folder) + strlen(relative) + 2;
+    char *path = malloc(size);
+    if (path == NULL)
+        return NULL;
+    strcpy(path, folder);
+    size_t length = strlen(path);
+    while (*relative != '\0') {
+        size_t part = strcspn(relative, "/");
+        if (part == 2 && strncmp(relative, "..", 2) == 0) {
+            while (length > 0 && path[length - 1] != '/')
+                length--;
+            if (length > 1)
+                length--; /* the slash, unless it is the root */
+        } else if (part > 0 && !(part == 1 && relative[0] == '.')) {
+            if (length == 0 || path[length - 1] != '/')
+                path[length++] = '/';
+            memcpy(path + length, relative, part);
+            length += part;
+        }
+        path[length] = '\0';
+        relative += part;
+        while (*relative == '/')
+            relative++;
+    }
+    return path;
+}
+
+/* The tool's path beside this library, or the installed one when the library
+ * cannot tell where it is.  Links are resolved: loaded as the bundle, the
+ * library is KORU.bundle/KORU, a link to <prefix>/lib/libKORU.so.N. */
+static NSString *ToolPath(const char *name, NSString *fallback)
+{
+    Dl_info info;
+    if (dladdr((void *)&ToolPath, &info) == 0 || info.dli_fname == NULL)
+        return fallback;
+    char *library = realpath(info.dli_fname, NULL);
+    char *slash = library != NULL ? strrchr(library, '/') : NULL;
+    if (slash == NULL) {
+        free(library);
+        return fallback;
+    }
+    *slash = '\0';
+    char *folder = JoinPath(*library != '\0' ? library : "/", KORU_DISK_IMAGE_TOOLS_FROM_LIBRARY);
+    char *path = folder != NULL ? JoinPath(folder, name) : NULL;
+    NSString *result = path != NULL ? [[NSFileManager defaultManager] stringWithFileSystemRepresentation:path
+                                                                                               length:strlen(path)]
+                                    : nil;
+    free(path);
+    free(folder);
+    free(library);
+    return result != nil ? result : fallback;
+}
+
+/* Sets the tool paths while the library is being loaded: the runtime calls
+ * +load before the loading returns to the host, and, unlike a plain
+ * constructor, only once it has registered this library's selectors. */
+@interface DiskImageToolPaths : NSObject
+@end
+
+@implementation DiskImageToolPaths
++ (void)load
+{
+    NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+    /* Kept for the life of the process. */
+    DiskImageEditorPathValue = [ToolPath("hdiutil-koru", @KORU_DISK_IMAGE_EDITOR_PATH) retain];
+    DiskImageMounterPathValue = [ToolPath("hdid-koru", @KORU_DISK_IMAGE_MOUNTER_PATH) retain];
+    [pool release];
+}
+@end
 
 /* Runs a tool synchronously with its standard output captured; nil when it
  * could not run to its end. */

@@ -54,6 +54,9 @@
 #import <KORU/NSUserDefaults+FoundationX.h>
 #import <KORU/NSBundle+FoundationX.h>
 #import <KORU/NSFileManager+FoundationX.h>
+#import <KORU/NSString+FoundationX.h>
+#import <KORU/NSString+FoundationXText.h>
+#import <KORU/AppKitX.h>
 #endif
 
 #endif

@@ -20,8 +20,10 @@ OSErr KORUAEPublishPort(void);
 /* Sends a flattened event to the process.  With kAEWaitReply the call waits
  * up to timeoutSeconds and hands back the flattened reply in *reply (malloc'd,
  * the caller frees) and the handler's status as the result; with the other
- * modes the event is posted and noErr answers at once.  procNotFound,
- * connectionInvalid or errAETimeout when the transport fails. */
+ * modes the event is posted and noErr answers at once, and with kAEQueueReply
+ * the answer comes back later as an event on the run loop of the sending
+ * thread (while that thread lives).  procNotFound, connectionInvalid or
+ * errAETimeout when the transport fails. */
 OSErr KORUAESendFlattened(pid_t pid, const void *event, size_t size, SInt32 replyMode,
                           double timeoutSeconds, void **reply, size_t *replySize);
 
@@ -31,8 +33,9 @@ OSErr KORUAEPostToSelf(const void *event, size_t size);
 
 /* Implemented by the dispatcher: handles a flattened event that arrived in
  * the given reply mode.  For kAEWaitReply *reply receives the flattened reply
- * (malloc'd); for kAEQueueReply the reply goes back to the sender as an
- * 'aevt'/'ansr' event.  The result is the handler's status. */
+ * (malloc'd); for kAEQueueReply the flattened 'aevt'/'ansr' event addressed to
+ * the sender, which the transport sends back.  The result is the handler's
+ * status. */
 OSErr KORUAEReceiveFlattened(const void *event, size_t size, SInt32 replyMode, void **reply,
                              size_t *replySize);
 

@@ -15,7 +15,9 @@
 #include <cerrno>
 #include <climits>
 #include <cstring>
+#include <deque>
 #include <dirent.h>
+#include <sys/stat.h>
 #include <unistd.h>
 #include <vector>
 
@@ -26,6 +28,8 @@ namespace {
 constexpr UInt16 kRecordVersion = 1;
 constexpr UInt32 kRecordMagic = 0x4B416C73; // 'KAls'
 constexpr int kMaxLinkChain = 32;
+// Directory entries a search for a moved target looks at before it gives up.
+constexpr size_t kMoveSearchBudget = 200000;
 
 struct Component {
     UInt64 device;
@@ -214,7 +218,70 @@ bool FindComponent(const std::string &folder, const Component &component, Node &
     return located;
 }
 
-// Follows the recorded identities down from the root.
+// Looks below top, breadth first and on the target's device only, for the
+// target under its recorded name; the subtree skip was searched already.
+// Every directory entry looked at costs one unit of budget.
+bool SearchBelow(const std::string &top, const std::string &skip, const Component &target, size_t &budget,
+                 Node &found)
+{
+    std::deque<std::string> folders{top};
+    while (!folders.empty()) {
+        const std::string folder = std::move(folders.front());
+        folders.pop_front();
+        DIR *listing = opendir(folder.c_str());
+        if (!listing)
+            continue;
+        bool located = false;
+        while (const struct dirent *entry = readdir(listing)) {
+            if (budget == 0)
+                break;
+            --budget;
+            if (!std::strcmp(entry->d_name, ".") || !std::strcmp(entry->d_name, ".."))
+                continue;
+            const std::string path = JoinPath(folder, entry->d_name);
+            if (target.name == entry->d_name && LookUpNode(path, found) == noErr && Matches(found, target)) {
+                located = true;
+                break;
+            }
+            struct stat st;
+            if (path != skip && (entry->d_type == DT_DIR || entry->d_type == DT_UNKNOWN) &&
+                lstat(path.c_str(), &st) == 0 && S_ISDIR(st.st_mode) && st.st_dev == target.device)
+                folders.push_back(path);
+        }
+        closedir(listing);
+        if (located)
+            return true;
+        if (budget == 0)
+            return false;
+    }
+    return false;
+}
+
+// The target moved into another folder of its volume, where a Mac finds it by
+// its file ID.  Linux cannot open an inode by number, so the target is looked
+// for by its inode and name (a moved item keeps its name) below the deepest
+// folder of its recorded path that is still there, then below each folder
+// above that up to its volume's root, nearest first, within a bounded number
+// of entries so that an item gone for good costs a bounded search.
+bool FindMoved(std::string deepest, const Component &target, Node &found)
+{
+    size_t budget = kMoveSearchBudget;
+    std::string searched, top = std::move(deepest);
+    for (;;) {
+        if (SearchBelow(top, searched, target, budget, found))
+            return true;
+        if (budget == 0 || top == "/")
+            return false;
+        searched = top;
+        top = ParentPath(top);
+        struct stat st;
+        if (lstat(top.c_str(), &st) != 0 || st.st_dev != target.device)
+            return false;
+    }
+}
+
+// Follows the recorded identities down from the root; where one is missing,
+// looks for the target where it may have moved.
 bool FindByIdentity(const AliasTarget &target, Node &node)
 {
     if (LookUpNode("/", node) != noErr)
@@ -222,7 +289,7 @@ bool FindByIdentity(const AliasTarget &target, Node &node)
     for (const Component &component : target.components) {
         Node next;
         if (!FindComponent(node.path, component, next))
-            return false;
+            return FindMoved(node.path, target.components.back(), node);
         node = next;
     }
     return true;

@@ -143,15 +143,11 @@ OSErr SendToOther(pid_t pid, const AppleEvent *event, AppleEvent *reply, SInt32 
         return err;
     const pid_t self = getpid();
     AEPutAttributePtr(&stamped, keySenderPIDAttr, typeKernelProcessID, &self, sizeof self);
-    if (mode == kAEQueueReply)
-        err = KORUAEPublishPort(); // the reply comes back to our own port
     std::vector<unsigned char> flat;
-    if (err == noErr) {
-        try {
-            flat = koru::ae::Flatten(stamped);
-        } catch (...) {
-            err = memFullErr;
-        }
+    try {
+        flat = koru::ae::Flatten(stamped);
+    } catch (...) {
+        err = memFullErr;
     }
     AEDisposeDesc(&stamped);
     if (err != noErr)
@@ -300,20 +296,19 @@ extern "C" OSErr KORUAEReceiveFlattened(const void *event, size_t size, SInt32 r
     AppleEvent answer;
     err = DispatchWithReply(&received, &answer);
     try {
-        if (replyMode == kAEWaitReply && reply != nullptr && replySize != nullptr) {
+        if (replyMode != kAENoReply && reply != nullptr && replySize != nullptr) {
+            // A queued reply is an event of its own, addressed to the sender;
+            // the transport carries it back.
+            pid_t sender = 0;
+            if (replyMode == kAEQueueReply &&
+                AEGetAttributePtr(&received, keySenderPIDAttr, typeKernelProcessID, nullptr, &sender, sizeof sender,
+                                  nullptr) == noErr)
+                AEPutAttributePtr(&answer, keyAddressAttr, typeKernelProcessID, &sender, sizeof sender);
             std::vector<unsigned char> flat = koru::ae::Flatten(answer);
             *reply = std::malloc(flat.size());
             if (*reply != nullptr) {
                 std::memcpy(*reply, flat.data(), flat.size());
                 *replySize = flat.size();
-            }
-        } else if (replyMode == kAEQueueReply) {
-            // The reply goes back to the sender as an event of its own.
-            pid_t sender = 0;
-            if (AEGetAttributePtr(&received, keySenderPIDAttr, typeKernelProcessID, nullptr, &sender,
-                                  sizeof sender, nullptr) == noErr) {
-                AEPutAttributePtr(&answer, keyAddressAttr, typeKernelProcessID, &sender, sizeof sender);
-                AESend(&answer, nullptr, kAENoReply, kAENormalPriority, kAEDefaultTimeout, nullptr, nullptr);
             }
         }
     } catch (...) {

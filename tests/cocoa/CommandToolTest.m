@@ -334,44 +334,71 @@ KT_CASE(AsynchronousFailureAndKillAreNotifiedToo)
     [observer release];
 }
 
+/* Counts the notifications of a batch of runs and lets go of each tool. */
+@interface BatchObserver : NSObject {
+@public
+    NSMutableArray *running;
+    int notified;
+}
+@end
+
+@implementation BatchObserver
+- (void)toolDidRun:(NSNotification *)notification
+{
+    notified++;
+    [running removeObjectIdenticalTo:[notification object]];
+}
+@end
+
 KT_CASE(KillAtAnyMomentOfARunIsHarmless)
 {
     /* kill sent over and over from the owning thread, through every moment
      * of the runs: before the task exists, between its making and its
-     * launch, while it runs and while it is cleaned up. */
-    RunObserver *observer = [[RunObserver alloc] init];
+     * launch, while it runs and while it is cleaned up.  Several runs go at
+     * once, so that children end while other runs' workers are waiting or
+     * finishing; half of them are left alone.  Nothing may raise, neither
+     * kill nor the owner's run loop, and every run is notified once. */
+    enum { kRuns = 200, kAtOnce = 8 };
+    BatchObserver *observer = [[BatchObserver alloc] init];
+    observer->running = [[NSMutableArray alloc] init];
     [[NSNotificationCenter defaultCenter] addObserver:observer
                                              selector:@selector(toolDidRun:)
                                                  name:CommandToolDidRunNotification
                                                object:nil];
     NSData *input = PatternData(100000);
     BOOL raised = NO;
-    for (int run = 0; run < 100 && !raised; ++run) {
-        CommandTool *tool = [CommandTool commandToolWithPath:@"/bin/cat"];
-        [tool setInputData:input];
-        [tool setReadStandardOutput:YES];
-        [tool setReadStandardError:YES];
-        observer->notified = NO;
-        KT_ASSERT([tool run:YES]);
-        NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
-        while (!observer->notified && [limit timeIntervalSinceNow] > 0) {
-            @try {
-                [tool kill];
-            } @catch (NSException *exception) {
-                raised = YES;
-            }
-            /* GNUstep's own reaping can raise here when the worker that
-             * launched the task ended first; that is not kill's doing. */
-            @try {
-                [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantPast]];
-            } @catch (NSException *exception) {
-                fprintf(stderr, "run loop: %s\n", [[exception reason] UTF8String]);
-            }
+    int started = 0;
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:300];
+    while ((started < kRuns || [observer->running count] > 0) && !raised && [limit timeIntervalSinceNow] > 0) {
+        NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];
+        while (started < kRuns && [observer->running count] < kAtOnce) {
+            CommandTool *tool = [CommandTool commandToolWithPath:@"/bin/cat"];
+            [tool setInputData:input];
+            [tool setReadStandardOutput:YES];
+            [tool setReadStandardError:YES];
+            KT_EXPECT([tool run:YES]);
+            [observer->running addObject:tool];
+            started++;
         }
-        KT_EXPECT(observer->notified);
+        @try {
+            for (NSUInteger i = 0; i < [observer->running count]; i += 2)
+                [[observer->running objectAtIndex:i] kill];
+        } @catch (NSException *exception) {
+            fprintf(stderr, "kill: %s\n", [[exception reason] UTF8String]);
+            raised = YES;
+        }
+        @try {
+            [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate distantPast]];
+        } @catch (NSException *exception) {
+            fprintf(stderr, "run loop: %s\n", [[exception reason] UTF8String]);
+            raised = YES;
+        }
+        [pool release];
     }
     KT_EXPECT(!raised);
+    KT_EXPECT_MSG(observer->notified == kRuns, @"%d of %d runs notified", observer->notified, (int)kRuns);
     [[NSNotificationCenter defaultCenter] removeObserver:observer];
+    [observer->running release];
     [observer release];
 }
 

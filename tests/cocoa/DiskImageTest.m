@@ -1,10 +1,15 @@
-/* DiskImage with real images and real FUSE mounts, through the installed
- * disk-image tools.  Every case detaches what it attached, also when it
- * fails: each ends (and the program exits) by unmounting every image that
- * lives in the case's private folder. */
+/* DiskImage with real images and real FUSE mounts, through the disk-image
+ * tools the library finds beside itself (also in a prefix moved elsewhere).
+ * Every case detaches what it attached, also when it fails: each ends (and
+ * the program exits) by unmounting every image that lives in the case's
+ * private folder. */
+/* dladdr */
+#define _GNU_SOURCE 1
+
 #import "KTest.h"
 #import <KORU/KORU.h>
 
+#include <dlfcn.h>
 #include <stdlib.h>
 #include <sys/stat.h>
 #include <sys/wait.h>
@@ -250,6 +255,99 @@ static void ImageWithTwoMountsIsKnownByTheFirst(void)
 KT_CASE(ImageWithTwoMountsIsKnownByTheFirst)
 {
     ImageWithTwoMountsIsKnownByTheFirst();
+    RemoveTestFolder();
+}
+
+/* Makes path a name of the file at original: a hard link, or a copy on
+ * another file system. */
+static BOOL PlaceFile(NSString *original, NSString *path)
+{
+    if (link([original fileSystemRepresentation], [path fileSystemRepresentation]) == 0)
+        return YES;
+    return [[NSFileManager defaultManager] copyItemAtPath:original toPath:path error:NULL];
+}
+
+/* This program run again as the probe case, its libKORU taken from
+ * libraryFolder: the tool paths that library found, and whether the editor
+ * found there listed the attached images. */
+static NSString *RunProbe(NSString *libraryFolder)
+{
+    char self[4096];
+    ssize_t length = readlink("/proc/self/exe", self, sizeof self - 1);
+    if (length <= 0)
+        return nil;
+    self[length] = '\0';
+    const char *saved = getenv("LD_LIBRARY_PATH");
+    char *savedCopy = saved != NULL ? strdup(saved) : NULL;
+    setenv("LD_LIBRARY_PATH", [libraryFolder fileSystemRepresentation], 1);
+    setenv("KORU_DISK_IMAGE_PATHS_PROBE", "1", 1);
+    CommandTool *probe = [CommandTool commandToolWithPath:[NSString stringWithUTF8String:self]];
+    [probe setArguments:[NSArray arrayWithObject:@"MovedPrefixFindsItsTools"]];
+    [probe setReadStandardOutput:YES];
+    BOOL ran = [probe run:NO];
+    unsetenv("KORU_DISK_IMAGE_PATHS_PROBE");
+    if (savedCopy != NULL)
+        setenv("LD_LIBRARY_PATH", savedCopy, 1);
+    else
+        unsetenv("LD_LIBRARY_PATH");
+    free(savedCopy);
+    if (!ran)
+        return nil;
+    return [[[NSString alloc] initWithData:[probe standardOutputData] encoding:NSUTF8StringEncoding] autorelease];
+}
+
+static void MovedPrefixFindsItsTools(void)
+{
+    /* Installed as <prefix>/lib/libKORU.so.N and <prefix>/bin/<tools>, made
+     * here from this build's files, then moved. */
+    Dl_info info;
+    KT_ASSERT(dladdr((void *)&kDiskImageEditorPath, &info) != 0 && info.dli_fname != NULL);
+    char *library = realpath(info.dli_fname, NULL);
+    KT_ASSERT(library != NULL);
+    NSString *libraryFile = [NSString stringWithUTF8String:library];
+    free(library);
+    NSString *loadedName = [[NSString stringWithUTF8String:info.dli_fname] lastPathComponent];
+    NSString *folder = MakeTestFolder();
+    KT_ASSERT(folder != nil);
+    NSFileManager *files = [NSFileManager defaultManager];
+    NSString *first = [folder stringByAppendingPathComponent:@"first prefix"];
+    NSString *lib = [first stringByAppendingPathComponent:@"lib"];
+    NSString *bin = [first stringByAppendingPathComponent:@"bin"];
+    NSString *elsewhere = [first stringByAppendingPathComponent:@"elsewhere"];
+    for (NSString *made in [NSArray arrayWithObjects:lib, bin, elsewhere, nil])
+        KT_ASSERT([files createDirectoryAtPath:made withIntermediateDirectories:YES attributes:nil error:NULL]);
+    KT_ASSERT(PlaceFile(libraryFile, [lib stringByAppendingPathComponent:[libraryFile lastPathComponent]]));
+    KT_ASSERT([files createSymbolicLinkAtPath:[lib stringByAppendingPathComponent:loadedName]
+                                  pathContent:[libraryFile lastPathComponent]]);
+    /* Loaded through a link elsewhere, as the bundle's executable is. */
+    KT_ASSERT([files createSymbolicLinkAtPath:[elsewhere stringByAppendingPathComponent:loadedName]
+                                  pathContent:[@"../lib" stringByAppendingPathComponent:[libraryFile lastPathComponent]]]);
+    KT_ASSERT(PlaceFile(kDiskImageEditorPath, [bin stringByAppendingPathComponent:@"hdiutil-koru"]));
+    KT_ASSERT(PlaceFile(kDiskImageMounterPath, [bin stringByAppendingPathComponent:@"hdid-koru"]));
+
+    NSString *moved = [folder stringByAppendingPathComponent:@"moved prefix"];
+    KT_ASSERT(rename([first fileSystemRepresentation], [moved fileSystemRepresentation]) == 0);
+    char *real = realpath([moved fileSystemRepresentation], NULL);
+    KT_ASSERT(real != NULL);
+    NSString *prefix = [NSString stringWithUTF8String:real];
+    free(real);
+    NSString *expected = [NSString stringWithFormat:@"editor=%@/bin/hdiutil-koru\nmounter=%@/bin/hdid-koru\nlisted=yes\n",
+                                                    prefix, prefix];
+    for (NSString *loadFolder in [NSArray arrayWithObjects:@"lib", @"elsewhere", nil]) {
+        NSString *output = RunProbe([moved stringByAppendingPathComponent:loadFolder]);
+        KT_EXPECT_MSG(output != nil && [output hasPrefix:expected], @"loaded from %@: %@", loadFolder, output);
+    }
+}
+
+KT_CASE(MovedPrefixFindsItsTools)
+{
+    if (getenv("KORU_DISK_IMAGE_PATHS_PROBE") != NULL) {
+        printf("editor=%s\nmounter=%s\nlisted=%s\n", [kDiskImageEditorPath fileSystemRepresentation],
+               [kDiskImageMounterPath fileSystemRepresentation], [DiskImage frameworkInfomation] != nil ? "yes" : "no");
+        fflush(stdout);
+        return;
+    }
+    MovedPrefixFindsItsTools();
     RemoveTestFolder();
 }
 

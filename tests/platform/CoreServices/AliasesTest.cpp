@@ -48,6 +48,35 @@ TEST(Aliases, FindTheTargetAfterRenamesAlongItsPath)
     EXPECT_EQ(fnfErr, FSResolveAlias(nullptr, alias.handle, &found, &changed));
 }
 
+TEST(Aliases, FindTheTargetMovedIntoAnotherFolder)
+{
+    TemporaryFolder folder;
+    mkdir((folder / "papers").c_str(), 0755);
+    mkdir((folder / "papers/2026").c_str(), 0755);
+    mkdir((folder / "archive").c_str(), 0755);
+    WriteFile(folder / "papers/letter", "dear");
+    const FSRef letter = RefAt(folder / "papers/letter");
+    Alias alias;
+    ASSERT_EQ(noErr, FSNewAlias(nullptr, &letter, &alias.handle));
+
+    // Down into a folder beside it, across into another branch, then with
+    // its folder into yet another: found each time, the record following.
+    const char *const moves[][2] = {{"papers/letter", "papers/2026/letter"},
+                                    {"papers/2026/letter", "archive/letter"},
+                                    {"archive", "papers/2026/archive"}};
+    for (const auto &move : moves) {
+        ASSERT_EQ(0, rename((folder / move[0]).c_str(), (folder / move[1]).c_str()));
+        FSRef found;
+        Boolean changed = false;
+        ASSERT_EQ(noErr, FSResolveAlias(nullptr, alias.handle, &found, &changed)) << move[1];
+        EXPECT_TRUE(changed);
+        EXPECT_EQ("dear", ReadFile(PathOf(found)));
+    }
+    FSRef found;
+    ASSERT_EQ(noErr, FSResolveAlias(nullptr, alias.handle, &found, nullptr));
+    EXPECT_EQ(folder / "papers/2026/archive/letter", PathOf(found));
+}
+
 TEST(Aliases, PathFirstUnlessTheFileIDComesFirst)
 {
     TemporaryFolder folder;

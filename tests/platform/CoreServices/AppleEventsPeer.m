@@ -1,7 +1,9 @@
 /* A second process for the Apple-event tests: installs its handlers, says
  * "ready" in its record file and runs its main run loop.  'KORU'/'echo'
- * records "echo <text>" and answers the text upper-cased; 'KORU'/'stop' ends
- * it; 'KORU'/'hang' never answers (the process waits for its end). */
+ * records "echo <text>" and answers the text upper-cased, and once the run
+ * loop is free again (the answer sent, whatever the reply mode) "done
+ * <text>"; 'KORU'/'stop' ends it; 'KORU'/'hang' never answers (the process
+ * waits for its end). */
 #import <Foundation/Foundation.h>
 
 #include <CoreServices/AppleEvents.h>
@@ -13,6 +15,7 @@
 
 static const char *gRecord;
 static BOOL gDone;
+static char gEchoed[300]; /* "done <text>" of the last echo, until recorded */
 
 static void Record(const char *line)
 {
@@ -33,6 +36,7 @@ static OSErr Echo(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
     char line[300];
     snprintf(line, sizeof line, "echo %s", text);
     Record(line);
+    snprintf(gEchoed, sizeof gEchoed, "done %s", text);
     for (Size i = 0; i < size; ++i)
         text[i] = (char)toupper((unsigned char)text[i]);
     return AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, text, size);
@@ -67,6 +71,10 @@ int main(int argc, char **argv)
         NSAutoreleasePool *inner = [NSAutoreleasePool new];
         [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode
                               beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.5]];
+        if (gEchoed[0] != '\0') {
+            Record(gEchoed);
+            gEchoed[0] = '\0';
+        }
         [inner drain];
     }
     [pool drain];

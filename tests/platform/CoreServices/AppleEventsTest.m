@@ -6,6 +6,7 @@
 #include <CoreServices/AppleEvents.h>
 #include <CoreServices/MacErrors.h>
 
+#include <pthread.h>
 #include <signal.h>
 #include <spawn.h>
 #include <stdlib.h>
@@ -172,6 +173,47 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }
 
+/* A queued event's answer travels back without the target waiting for the
+ * sender: the sender runs no run loop until the target is free again, and
+ * the answer is there for it afterwards. */
+KT_CASE(AQueuedReplyDoesNotWaitForTheSendersRunLoop)
+{
+    NSString *folder = MakeFolder();
+    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+    KT_ASSERT(peer > 0);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+    gAnswers = 0;
+    KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
+
+    AppleEvent event, reply;
+    MakeEvent(peer, kEcho, "unattended", &event);
+    AEReturnID returnID = 0;
+    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
+    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    AEDisposeDesc(&event);
+    /* Polled without a run loop, for at most 30 s. */
+    BOOL peerFree = NO;
+    for (int i = 0; i < 600 && !peerFree; i++) {
+        peerFree = [[Contents(record) componentsSeparatedByString:@"\n"] containsObject:@"done unattended"];
+        if (!peerFree)
+            usleep(50000);
+    }
+    KT_EXPECT_MSG(peerFree, @"%@", Contents(record));
+    KT_EXPECT(gAnswers == 0);
+
+    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
+    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
+        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
+    KT_EXPECT(gAnswers == 1);
+    KT_EXPECT(gAnswerReturnID == returnID);
+    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"UNATTENDED");
+    AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
+    Stop(peer);
+    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+}
+
 static int gEchoes;
 
 /* Answers the direct parameter upper-cased. */
@@ -295,6 +337,93 @@ KT_CASE(SystemProcessEventsGoToTheLoginManager)
     kill(daemonPid, SIGTERM);
     [daemon waitUntilExit];
     KT_EXPECT([[Contents(record) componentsSeparatedByString:@"\n"] count] == 7); /* ready, five calls, end */
+    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+}
+
+static int OpenDescriptors(void)
+{
+    return (int)[[[NSFileManager defaultManager] contentsOfDirectoryAtPath:@"/proc/self/fd" error:NULL] count];
+}
+
+static OSErr SendEcho(pid_t pid, const char *text, AESendMode mode, NSString **answer)
+{
+    AppleEvent event, reply;
+    MakeEvent(pid, kEcho, text, &event);
+    OSErr err = AESend(&event, &reply, mode, kAENormalPriority, 30 * 60, NULL, NULL);
+    if (answer != NULL)
+        *answer = err == noErr ? DirectText(&reply) : nil;
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+    return err;
+}
+
+struct ThreadEcho {
+    pid_t peer;
+    OSErr err;
+};
+
+static void *EchoFromThread(void *argument)
+{
+    NSAutoreleasePool *pool = [NSAutoreleasePool new];
+    struct ThreadEcho *echo = argument;
+    NSString *answer = nil;
+    echo->err = SendEcho(echo->peer, "thread", kAEWaitReply, &answer);
+    if (echo->err == noErr && ![answer isEqual:@"THREAD"])
+        echo->err = -1;
+    [pool drain];
+    return NULL;
+}
+
+/* Every thread reaches a process it shares with another, each ended process
+ * leaves nothing open behind, and a process that has ended but is not yet
+ * reaped is gone, whatever was sent to it before. */
+KT_CASE(LinksToOtherProcessesServeEveryThreadAndEndWithTheProcess)
+{
+    NSString *folder = MakeFolder();
+    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    int opened = 0;
+    for (int round = 0; round < 4; round++) {
+        [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
+        pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+        KT_ASSERT(peer > 0);
+        KT_EXPECT(WaitForLine(record, @"ready"));
+        KT_EXPECT(SendEcho(peer, "main", kAEWaitReply, NULL) == noErr);
+        struct ThreadEcho fromThread = {peer, 1};
+        pthread_t thread;
+        if (pthread_create(&thread, NULL, EchoFromThread, &fromThread) == 0)
+            pthread_join(thread, NULL);
+        KT_EXPECT_MSG(fromThread.err == noErr, @"%d", fromThread.err);
+        KT_EXPECT(SendEcho(peer, "main again", kAEWaitReply, NULL) == noErr);
+        Stop(peer);
+        KT_EXPECT(SendEcho(peer, "gone", kAEWaitReply, NULL) == procNotFound);
+        if (round == 0)
+            opened = OpenDescriptors();
+    }
+    KT_EXPECT_MSG(OpenDescriptors() <= opened, @"%d open, %d after the first round", OpenDescriptors(), opened);
+
+    /* The peer as the child of a process that never reaps it, so that once
+     * killed it stays a zombie, which kill(pid, 0) still finds. */
+    [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
+    NSString *pidFile = [folder stringByAppendingPathComponent:@"pid"];
+    char *holderArgs[] = {"/bin/sh", "-c", "\"$0\" \"$1\" & echo $! > \"$2\"; exec sleep 60", (char *)KORU_AE_PEER,
+                          (char *)[record fileSystemRepresentation], (char *)[pidFile fileSystemRepresentation], NULL};
+    pid_t holder = Spawn("/bin/sh", holderArgs);
+    KT_ASSERT(holder > 0);
+    KT_EXPECT(WaitForLine(record, @"ready"));
+    pid_t peer = (pid_t)[Contents(pidFile) intValue];
+    KT_EXPECT(peer > 0 && SendEcho(peer, "before", kAEWaitReply, NULL) == noErr);
+    if (peer > 0)
+        kill(peer, SIGKILL);
+    NSString *stat = [NSString stringWithFormat:@"/proc/%d/stat", peer];
+    for (int i = 0; i < 600 && [Contents(stat) rangeOfString:@") Z "].location == NSNotFound; i++)
+        usleep(50000);
+    AESendMode modes[] = {kAENoReply, kAEQueueReply, kAEWaitReply};
+    for (size_t i = 0; i < sizeof modes / sizeof modes[0]; i++) {
+        OSErr err = SendEcho(peer, "late", modes[i], NULL);
+        KT_EXPECT_MSG(err == procNotFound, @"mode %d: %d", (int)modes[i], err);
+    }
+    Stop(holder);
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }
 

@@ -5,9 +5,13 @@
  * of every folder on the way, and the target's own device, inode and volume.
  * Resolving tries the recorded path first and then follows the inodes down
  * from the deepest folder that is still in place, so an alias survives the
- * renaming of its target or of any folder above it, as long as the objects
- * stay in their folders.  With kARMTryFileIDFirst (or
- * kResolveAliasTryFileIDFirst) the inodes are followed first.
+ * renaming of its target or of any folder above it.  A target moved into
+ * another folder of its volume (with its name kept) is looked for by inode
+ * and name below that deepest folder, then below each folder above it, within
+ * a bounded number of directory entries: a target gone for good costs a
+ * bounded search, and one moved far in a large tree may not be found.  With
+ * kARMTryFileIDFirst (or kResolveAliasTryFileIDFirst) the inodes are followed
+ * first.
  *
  * An AliasHandle is a Memory Manager handle the caller owns and frees with
  * DisposeHandle.  An alias file on this platform is a symbolic link;
