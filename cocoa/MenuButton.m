@@ -1,5 +1,6 @@
 /* MenuButton: a pull-down menu under a button. */
 #import <KORU/MenuButton.h>
+#import <KORU/AppKitX.h>
 
 #import "FoundationXSupport.h"
 
@@ -62,8 +63,7 @@
         /* A contextual click (Control held) at the button's bottom-left
          * corner, in the coordinates of its window. */
         NSWindow *window = [self window];
-        NSRect frame = [self frame];
-        NSPoint corner = NSMakePoint(NSMinX(frame), NSMinY(frame));
+        NSPoint corner = [self leftBottom];
         NSView *superview = [self superview];
         if (superview != nil)
             corner = [superview convertPoint:corner toView:nil];

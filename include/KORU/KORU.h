@@ -57,6 +57,9 @@
 #import <KORU/NSString+FoundationX.h>
 #import <KORU/NSString+FoundationXText.h>
 #import <KORU/AppKitX.h>
+#import <KORU/FileIconView.h>
+#import <KORU/MenuButton.h>
+#import <KORU/NSBitmapImageRep+CGImage.h>
 #endif
 
 #endif
