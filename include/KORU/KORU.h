@@ -44,6 +44,7 @@
 #import <KORU/TreeRound.h>
 #import <KORU/CommandTool.h>
 #import <KORU/DiskImage.h>
+#import <KORU/TableController.h>
 /* +[NSThread sleepForTimeInterval:] is Foundation's own here and is not
  * redefined. */
 #import <KORU/NSObject+FoundationX.h>
