@@ -3,6 +3,17 @@
 
 #import "FoundationXSupport.h"
 
+/* The workspace's icon for the files; GNUstep may have no picture for
+ * several files, and then the first file's icon stands for them. */
+static NSImage *IconForFiles(NSArray *files)
+{
+    NSWorkspace *workspace = [NSWorkspace sharedWorkspace];
+    NSImage *icon = [files count] > 0 ? [workspace iconForFiles:files] : nil;
+    if (icon == nil && [files count] > 0)
+        icon = [workspace iconForFile:[files objectAtIndex:0]];
+    return icon;
+}
+
 @implementation FileIconView
 
 - (id)init
@@ -58,7 +69,7 @@
         return;
     @try {
         [mFiles setArray:paths];
-        [self setImage:[paths count] > 0 ? [[NSWorkspace sharedWorkspace] iconForFiles:paths] : nil];
+        [self setImage:IconForFiles(paths)];
     } @catch (NSException *exception) {
         KORULogException("-[FileIconView setFiles:]", __LINE__, exception);
     }
@@ -78,7 +89,7 @@
         [pasteboard declareTypes:[NSArray arrayWithObject:NSFilenamesPboardType] owner:nil];
         [pasteboard setPropertyList:files forType:NSFilenamesPboardType];
         NSPoint point = [self convertPoint:[event locationInWindow] fromView:nil];
-        NSImage *icon = [[NSWorkspace sharedWorkspace] iconForFiles:files];
+        NSImage *icon = IconForFiles(files);
         /* A 32-point icon centred under the pointer. */
         [self dragImage:icon
                      at:NSMakePoint(point.x - 16.0, point.y - 16.0)
