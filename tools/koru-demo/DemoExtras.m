@@ -95,6 +95,7 @@ void KORUDemoAddExtras(NSView *strip)
     [label setEditable:NO];
     [label setSelectable:NO];
     [label setBordered:NO];
+    [label setBezeled:NO];
     [label setDrawsBackground:NO];
     [strip addSubview:label];
 
