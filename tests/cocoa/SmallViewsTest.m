@@ -55,6 +55,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     int mChosen;
     NSEvent *mCaptured;
     BOOL mAlertShown;
+    int mTries;
 }
 @end
 
@@ -80,6 +81,10 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     (void)unused;
     NSMenuView *view = [mMenu menuRepresentation];
     NSWindow *menuWindow = [view window];
+    if (![menuWindow isVisible] && mTries++ < 50) { /* not open yet: a busy machine */
+        [self after:0.2 perform:@selector(pointAtItem:) with:nil];
+        return;
+    }
     mMenuFrame = [menuWindow frame];
     mMenuVisible = [menuWindow isVisible];
     NSRect item = [view rectOfItemAtIndex:mItem];
