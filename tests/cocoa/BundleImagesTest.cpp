@@ -79,17 +79,6 @@ TEST_F(BundleImagesTest, TheTypeChoosesTheDecoder)
     EXPECT_EQ("none", Load(CFSTR("anim"), CFSTR("gif"), bundle_));  // ... and a GIF is none
 }
 
-TEST_F(BundleImagesTest, ProvidersHoldTheResourceFile)
-{
-    CGDataProviderRef provider = CGDataProviderCreateWithBundleResource(CFSTR("anim"), CFSTR("gif"), bundle_);
-    ASSERT_NE(nullptr, provider);
-    CFDataRef data = CGDataProviderCopyData(provider);
-    ASSERT_NE(nullptr, data);
-    EXPECT_EQ(0, std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)), 6).compare("GIF89a"));
-    CFRelease(data);
-    CGDataProviderRelease(provider);
-}
-
 TEST_F(BundleImagesTest, MissingCorruptOrUnnamedResourcesGiveNothing)
 {
     EXPECT_EQ("none", Load(CFSTR("cut"), CFSTR("png"), bundle_));

@@ -69,13 +69,6 @@ KT_CASE(TheClassIsFoundByNameBesideTheRuntimesType)
     KORURuntimeMethod perform = class_getInstanceMethod([Method class], @selector(perform));
     KT_EXPECT(perform != NULL);
 
-    /* The subclass's own factory makes the subclass. */
-    Class subclass = objc_allocateClassPair([Method class], "KORUTestMethodSubclass", 0);
-    KT_ASSERT(subclass != Nil);
-    objc_registerClassPair(subclass);
-    id made = [subclass methodWithTarget:@"t" selector:@selector(length)];
-    KT_EXPECT([made class] == subclass);
-    KT_EXPECT([made responds]);
 }
 
 KT_MAIN()

@@ -4,8 +4,6 @@
 #include <KORU/KORU.h>
 
 #include <stdlib.h>
-#include <sys/stat.h>
-#include <unistd.h>
 
 /* Answers a verdict per path (by its last component, else the default) and
  * records the paths it was shown. */
@@ -38,11 +36,6 @@
         [NSException raise:NSGenericException format:@"the delegate gives up at %@", path];
     return verdict != nil ? [verdict intValue] : mDefault;
 }
-@end
-
-@interface Mute : NSObject
-@end
-@implementation Mute
 @end
 
 static NSString *gRoot;
@@ -143,16 +136,10 @@ KT_CASE(VerdictsSteerTheWalk)
     KT_EXPECT(answer);
     KT_EXPECT([seen count] == 1);
 
-    /* Stopping deep down ends the level too. */
-    seen = Relative(Walk([NSDictionary dictionaryWithObject:[NSNumber numberWithInt:TreeRoundStop] forKey:@"a1"],
-                         TreeRoundDescend, &answer)->mSeen);
-    KT_EXPECT(answer);
-    KT_EXPECT([[seen lastObject] isEqual:@"a/a1"]);
-    KT_EXPECT(![seen containsObject:@"a/a1/deep.txt"]);
     RemoveTree();
 }
 
-KT_CASE(UnreadableAndMissingFoldersContributeNothing)
+KT_CASE(FoldersThatCannotBeListedContributeNothing)
 {
     KT_ASSERT(MakeTree() != nil);
     Verdicts *delegate = [[[Verdicts alloc] init] autorelease];
@@ -162,14 +149,6 @@ KT_CASE(UnreadableAndMissingFoldersContributeNothing)
     KT_EXPECT([[[[TreeRound alloc] init] autorelease] start:folders withDelegate:delegate]);
     KT_EXPECT([delegate->mSeen count] == 3); /* b's three files */
 
-    if (geteuid() != 0) { /* root reads any folder */
-        chmod([[gRoot stringByAppendingPathComponent:@"a"] fileSystemRepresentation], 0);
-        BOOL answer = NO;
-        NSArray *seen = Relative(Walk(nil, TreeRoundDescend, &answer)->mSeen);
-        KT_EXPECT(answer);
-        KT_EXPECT([seen containsObject:@"a"]);
-        KT_EXPECT(![seen containsObject:@"a/a2.txt"]);
-    }
     RemoveTree();
 }
 
@@ -183,7 +162,7 @@ KT_CASE(NoWalkWithoutFoldersOrAnAnsweringDelegate)
     KT_EXPECT(![round start:[NSArray array] withDelegate:delegate]);
     KT_EXPECT(![round start:(NSArray *)@"/tmp" withDelegate:delegate]);
     KT_EXPECT(![round start:folders withDelegate:nil]);
-    KT_EXPECT(![round start:folders withDelegate:[[[Mute alloc] init] autorelease]]);
+    KT_EXPECT(![round start:folders withDelegate:[[[NSObject alloc] init] autorelease]]);
     KT_EXPECT([delegate->mSeen count] == 0);
 
     /* An exception from the delegate ends the walk with NO. */

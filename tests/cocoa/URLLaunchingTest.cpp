@@ -9,7 +9,6 @@
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
-#include <map>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -54,25 +53,13 @@ protected:
 
     void TearDown() override
     {
-        for (const auto &saved : saved_) {
-            if (saved.second.first)
-                setenv(saved.first.c_str(), saved.second.second.c_str(), 1);
-            else
-                unsetenv(saved.first.c_str());
-        }
         for (CFTypeRef object : owned_)
             CFRelease(object);
         std::system(("rm -rf '" + root_ + "'").c_str());
     }
 
-    void SetEnvironment(const std::string &name, const std::string &value)
-    {
-        if (saved_.count(name) == 0) {
-            const char *old = getenv(name.c_str());
-            saved_[name] = {old != nullptr, old != nullptr ? old : ""};
-        }
-        setenv(name.c_str(), value.c_str(), 1);
-    }
+    // The test program's own environment: every case sets the same.
+    static void SetEnvironment(const char *name, const std::string &value) { setenv(name, value.c_str(), 1); }
 
     static void Write(const std::string &path, const std::string &content) { std::ofstream(path) << content; }
     static void WriteExecutable(const std::string &path, const std::string &content)
@@ -104,7 +91,6 @@ protected:
     }
 
     std::string root_, record_, desktopFile_;
-    std::map<std::string, std::pair<bool, std::string>> saved_;
     std::vector<CFTypeRef> owned_;
 };
 
