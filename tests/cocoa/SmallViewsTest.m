@@ -90,7 +90,16 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     NSRect item = [view rectOfItemAtIndex:mItem];
     NSPoint inWindow = [view convertPoint:NSMakePoint(NSMidX(item), NSMidY(item)) toView:nil];
     [GSCurrentServer() setMouseLocation:[menuWindow convertBaseToScreen:inWindow] onScreen:0];
-    [self after:0.4 perform:@selector(releaseMouse:) with:menuWindow];
+    mTries = 0;
+    [self after:0.2 perform:@selector(releaseOverItem:) with:menuWindow];
+}
+/* Lets go once the menu has followed the pointer to the item. */
+- (void)releaseOverItem:(NSWindow *)menuWindow
+{
+    if ([[mMenu menuRepresentation] highlightedItemIndex] != mItem && mTries++ < 50)
+        [self after:0.2 perform:@selector(releaseOverItem:) with:menuWindow];
+    else
+        [self releaseMouse:menuWindow];
 }
 /* Answers the modal alert; an event, and a timer that wakes the run loop to
  * take it, let the modal loop notice. */
