@@ -22,6 +22,8 @@
 #include <KORU/BitFlags.h>
 #include <KORU/MemoryCipher.h>
 #include <KORU/ExitPool.h>
+#include <KORU/BundleImages.h>
+#include <KORU/URLLaunching.h>
 
 /* The class layer. */
 #ifdef __cplusplus
@@ -36,6 +38,10 @@
 
 /* The Foundation and AppKit extensions. */
 #ifdef __OBJC__
+/* First, before anything imports the Objective-C runtime header: the class
+ * Method is then declared by its name (see KORU/Method.h). */
+#import <KORU/Method.h>
+#import <KORU/TreeRound.h>
 #import <KORU/CommandTool.h>
 #import <KORU/DiskImage.h>
 #import <KORU/TableController.h>
@@ -52,6 +58,9 @@
 #import <KORU/NSString+FoundationX.h>
 #import <KORU/NSString+FoundationXText.h>
 #import <KORU/AppKitX.h>
+#import <KORU/FileIconView.h>
+#import <KORU/MenuButton.h>
+#import <KORU/NSBitmapImageRep+CGImage.h>
 #endif
 
 #endif

@@ -1,0 +1,177 @@
+/* TreeRound on real folder trees made in a private folder. */
+#import "KTest.h"
+
+#include <KORU/KORU.h>
+
+#include <stdlib.h>
+
+/* Answers a verdict per path (by its last component, else the default) and
+ * records the paths it was shown. */
+@interface Verdicts : NSObject {
+@public
+    NSMutableArray *mSeen;
+    NSDictionary *mVerdicts;
+    int mDefault;
+}
+@end
+
+@implementation Verdicts
+- (id)init
+{
+    if ((self = [super init]) != nil)
+        mSeen = [[NSMutableArray alloc] init];
+    return self;
+}
+- (void)dealloc
+{
+    [mSeen release];
+    [mVerdicts release];
+    [super dealloc];
+}
+- (int)treeRoundEvaluatePath:(NSString *)path
+{
+    [mSeen addObject:path];
+    NSNumber *verdict = [mVerdicts objectForKey:[path lastPathComponent]];
+    if (verdict != nil && [verdict intValue] == -1)
+        [NSException raise:NSGenericException format:@"the delegate gives up at %@", path];
+    return verdict != nil ? [verdict intValue] : mDefault;
+}
+@end
+
+static NSString *gRoot;
+
+/* root/a/{a1/{deep.txt}, a2.txt}, root/b/{b1.txt, b2.txt, b3.txt}, root/c.txt */
+static NSString *MakeTree(void)
+{
+    char pattern[] = "/tmp/koru-treeround-XXXXXX";
+    if (mkdtemp(pattern) == NULL)
+        return nil;
+    NSString *root = [NSString stringWithUTF8String:pattern];
+    NSFileManager *manager = [NSFileManager defaultManager];
+    NSArray *files = [NSArray arrayWithObjects:@"a/a1/deep.txt", @"a/a2.txt", @"b/b1.txt", @"b/b2.txt",
+                                               @"b/b3.txt", @"c.txt", nil];
+    for (NSString *file in files) {
+        NSString *path = [root stringByAppendingPathComponent:file];
+        [manager createDirectoryAtPath:[path stringByDeletingLastPathComponent] withIntermediateDirectories:YES
+                            attributes:nil error:NULL];
+        [manager createFileAtPath:path contents:[NSData data] attributes:nil];
+    }
+    gRoot = [root retain];
+    return root;
+}
+
+static void RemoveTree(void)
+{
+    system([[NSString stringWithFormat:@"chmod -R u+rwx '%@'; rm -rf '%@'", gRoot, gRoot] UTF8String]);
+    [gRoot release];
+    gRoot = nil;
+}
+
+static NSArray *Relative(NSArray *paths)
+{
+    NSMutableArray *relative = [NSMutableArray array];
+    for (NSString *path in paths)
+        [relative addObject:[path substringFromIndex:[gRoot length] + 1]];
+    return relative;
+}
+
+static int Depth(NSString *relative)
+{
+    return (int)[[relative pathComponents] count];
+}
+
+static Verdicts *Walk(NSDictionary *verdicts, int otherwise, BOOL *answer)
+{
+    Verdicts *delegate = [[[Verdicts alloc] init] autorelease];
+    delegate->mVerdicts = [verdicts retain];
+    delegate->mDefault = otherwise;
+    *answer = [[[[TreeRound alloc] init] autorelease] start:[NSArray arrayWithObject:gRoot] withDelegate:delegate];
+    return delegate;
+}
+
+KT_CASE(DescendingEverywhereVisitsEveryEntryLevelByLevel)
+{
+    KT_ASSERT(MakeTree() != nil);
+    BOOL answer = NO;
+    NSArray *seen = Relative(Walk(nil, TreeRoundDescend, &answer)->mSeen);
+    KT_EXPECT(answer);
+    NSArray *all = [NSArray arrayWithObjects:@"a", @"a/a1", @"a/a1/deep.txt", @"a/a2.txt", @"b", @"b/b1.txt",
+                                             @"b/b2.txt", @"b/b3.txt", @"c.txt", nil];
+    KT_EXPECT_EQUAL_OBJECTS([seen sortedArrayUsingSelector:@selector(compare:)], all);
+    for (NSUInteger k = 1; k < [seen count]; k++)
+        KT_EXPECT_MSG(Depth([seen objectAtIndex:k - 1]) <= Depth([seen objectAtIndex:k]), @"%@", seen);
+    /* Each folder's entries come together, in the order the folder was listed. */
+    NSUInteger a1 = [seen indexOfObject:@"a/a1"], a2 = [seen indexOfObject:@"a/a2.txt"];
+    KT_EXPECT(a1 + 1 == a2 || a2 + 1 == a1);
+    RemoveTree();
+}
+
+KT_CASE(VerdictsSteerTheWalk)
+{
+    KT_ASSERT(MakeTree() != nil);
+    BOOL answer = NO;
+    /* Any other non-zero verdict: seen, but not descended into. */
+    NSArray *seen = Relative(Walk([NSDictionary dictionaryWithObject:[NSNumber numberWithInt:1] forKey:@"a"],
+                                  TreeRoundDescend, &answer)->mSeen);
+    KT_EXPECT(answer);
+    KT_EXPECT([seen containsObject:@"a"]);
+    KT_EXPECT(![seen containsObject:@"a/a2.txt"]);
+    KT_EXPECT([seen containsObject:@"b/b3.txt"]);
+
+    /* 0x2: the rest of b is skipped, the walk goes on with the other folders. */
+    NSArray *listed = [[NSFileManager defaultManager] directoryContentsAtPath:[gRoot stringByAppendingPathComponent:@"b"]];
+    NSString *firstOfB = [listed objectAtIndex:0];
+    seen = Relative(Walk([NSDictionary dictionaryWithObject:[NSNumber numberWithInt:TreeRoundSkipFolder | 1]
+                                                     forKey:firstOfB],
+                         TreeRoundDescend, &answer)->mSeen);
+    KT_EXPECT(answer);
+    NSUInteger fromB = 0;
+    for (NSString *path in seen)
+        fromB += [path hasPrefix:@"b/"];
+    KT_EXPECT(fromB == 1);
+    KT_EXPECT([seen containsObject:@"a/a1/deep.txt"]);
+
+    /* 0x100, tested before 0x2: the first entry ends everything, answered YES. */
+    seen = Walk(nil, TreeRoundStop | TreeRoundSkipFolder, &answer)->mSeen;
+    KT_EXPECT(answer);
+    KT_EXPECT([seen count] == 1);
+
+    RemoveTree();
+}
+
+KT_CASE(FoldersThatCannotBeListedContributeNothing)
+{
+    KT_ASSERT(MakeTree() != nil);
+    Verdicts *delegate = [[[Verdicts alloc] init] autorelease];
+    NSArray *folders = [NSArray arrayWithObjects:[gRoot stringByAppendingPathComponent:@"missing"],
+                                                 [gRoot stringByAppendingPathComponent:@"c.txt"],
+                                                 [gRoot stringByAppendingPathComponent:@"b"], nil];
+    KT_EXPECT([[[[TreeRound alloc] init] autorelease] start:folders withDelegate:delegate]);
+    KT_EXPECT([delegate->mSeen count] == 3); /* b's three files */
+
+    RemoveTree();
+}
+
+KT_CASE(NoWalkWithoutFoldersOrAnAnsweringDelegate)
+{
+    KT_ASSERT(MakeTree() != nil);
+    TreeRound *round = [[[TreeRound alloc] init] autorelease];
+    NSArray *folders = [NSArray arrayWithObject:gRoot];
+    Verdicts *delegate = [[[Verdicts alloc] init] autorelease];
+    KT_EXPECT(![round start:nil withDelegate:delegate]);
+    KT_EXPECT(![round start:[NSArray array] withDelegate:delegate]);
+    KT_EXPECT(![round start:(NSArray *)@"/tmp" withDelegate:delegate]);
+    KT_EXPECT(![round start:folders withDelegate:nil]);
+    KT_EXPECT(![round start:folders withDelegate:[[[NSObject alloc] init] autorelease]]);
+    KT_EXPECT([delegate->mSeen count] == 0);
+
+    /* An exception from the delegate ends the walk with NO. */
+    BOOL answer = YES;
+    Verdicts *raising = Walk([NSDictionary dictionaryWithObject:[NSNumber numberWithInt:-1] forKey:@"b1.txt"],
+                             TreeRoundDescend, &answer);
+    KT_EXPECT(!answer);
+    KT_EXPECT([[raising->mSeen lastObject] hasSuffix:@"b1.txt"]);
+    RemoveTree();
+}
+
+KT_MAIN()

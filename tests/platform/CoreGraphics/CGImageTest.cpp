@@ -1,0 +1,213 @@
+// Data providers and PNG/JPEG images, on files ImageMagick writes.
+#include <CoreGraphics/CoreGraphics.h>
+
+#include <gtest/gtest.h>
+
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <unistd.h>
+
+namespace {
+
+class CGImageTest : public ::testing::Test {
+protected:
+    void SetUp() override
+    {
+        char pattern[] = "/tmp/koru-cgimage-XXXXXX";
+        ASSERT_NE(nullptr, mkdtemp(pattern));
+        root_ = pattern;
+    }
+    void TearDown() override { std::system(("rm -rf '" + root_ + "'").c_str()); }
+
+    // Runs convert with the arguments; answers the path of the file it
+    // wrote.  A name may start with the output format ("PNG8:name").
+    std::string Convert(const std::string &arguments, std::string name)
+    {
+        std::string format;
+        if (name.find(':') != std::string::npos) {
+            format = name.substr(0, name.find(':') + 1);
+            name = name.substr(format.size());
+        }
+        const std::string path = root_ + "/" + name;
+        const std::string tool = access("/usr/bin/convert", X_OK) == 0 ? "/usr/bin/convert" : "convert";
+        EXPECT_EQ(0, std::system((tool + " " + arguments + " " + format + "'" + path + "' 2>/dev/null").c_str())) << arguments;
+        return path;
+    }
+
+    std::string Read(const std::string &path)
+    {
+        std::ifstream file(path, std::ios::binary);
+        return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
+    }
+
+    std::string Write(const std::string &name, const std::string &bytes)
+    {
+        const std::string path = root_ + "/" + name;
+        std::ofstream(path, std::ios::binary) << bytes;
+        return path;
+    }
+
+    CGImageRef Decode(const std::string &path, bool png)
+    {
+        CGDataProviderRef provider = CGDataProviderCreateWithFilename(path.c_str());
+        if (provider == nullptr)
+            return nullptr;
+        CGImageRef image = png ? CGImageCreateWithPNGDataProvider(provider, nullptr, false, kCGRenderingIntentDefault)
+                               : CGImageCreateWithJPEGDataProvider(provider, nullptr, false, kCGRenderingIntentDefault);
+        CGDataProviderRelease(provider);
+        return image;
+    }
+
+    // The first pixel's components.
+    std::string FirstPixel(CGImageRef image)
+    {
+        CFDataRef data = CGDataProviderCopyData(CGImageGetDataProvider(image));
+        if (data == nullptr)
+            return std::string();
+        std::string pixel(reinterpret_cast<const char *>(CFDataGetBytePtr(data)), CGImageGetBitsPerPixel(image) / 8);
+        CFRelease(data);
+        return pixel;
+    }
+
+    std::string root_;
+};
+
+struct Layout {
+    const char *arguments;
+    const char *name;
+    size_t components;
+    CGImageAlphaInfo alpha;
+    std::string firstPixel;
+};
+
+TEST_F(CGImageTest, PNGDecodesToItsOwnLayoutAtEightBits)
+{
+    const Layout layouts[] = {
+        {"-size 7x5 xc:'#102030' -define png:color-type=2", "rgb.png", 3, kCGImageAlphaNone, "\x10\x20\x30"},
+        {"-size 7x5 xc:'rgba(16,32,48,0.4)' -define png:color-type=6", "rgba.png", 4, kCGImageAlphaLast,
+         std::string("\x10\x20\x30\x66", 4)},
+        {"-size 7x5 xc:'gray(40)' -define png:color-type=0", "gray.png", 1, kCGImageAlphaNone, "\x28"},
+        {"-size 7x5 xc:'#102030' -define png:color-type=2 -depth 16", "deep.png", 3, kCGImageAlphaNone,
+         "\x10\x20\x30"},
+        {"-size 7x5 xc:'#102030' -interlace PNG", "interlaced.png", 3, kCGImageAlphaNone, "\x10\x20\x30"},
+        {"-size 7x5 xc:'#102030' -define png:color-type=3", "palette.png", 3, kCGImageAlphaNone, "\x10\x20\x30"},
+        {"-size 7x5 xc:'#102030' -size 7x1 xc:'rgba(255,0,0,0)' -append", "PNG8:transparent-palette.png", 4, kCGImageAlphaLast, std::string("\x10\x20\x30\xff", 4)},
+    };
+    for (const Layout &layout : layouts) {
+        SCOPED_TRACE(layout.name);
+        CGImageRef image = Decode(Convert(layout.arguments, layout.name), true);
+        ASSERT_NE(nullptr, image);
+        EXPECT_EQ(7u, CGImageGetWidth(image));
+        EXPECT_EQ(layout.components == 4 && layout.name[0] == 'P' ? 6u : 5u, CGImageGetHeight(image));
+        EXPECT_EQ(8u, CGImageGetBitsPerComponent(image));
+        EXPECT_EQ(8 * layout.components, CGImageGetBitsPerPixel(image));
+        EXPECT_EQ(7 * layout.components, CGImageGetBytesPerRow(image));
+        EXPECT_EQ(layout.alpha, CGImageGetAlphaInfo(image));
+        EXPECT_EQ(layout.firstPixel, FirstPixel(image));
+        CGImageRelease(image);
+    }
+}
+
+TEST_F(CGImageTest, JPEGDecodesToGrayOrRGB)
+{
+    const Layout layouts[] = {
+        {"-size 16x8 xc:'#2060a0' -quality 95", "rgb.jpg", 3, kCGImageAlphaNone, "\x20\x60\xa0"},
+        {"-size 16x8 xc:'gray(40)' -colorspace Gray", "gray.jpg", 1, kCGImageAlphaNone, "\x28"},
+        {"-size 16x8 xc:'#2060a0' -colorspace CMYK -quality 95", "cmyk.jpg", 3, kCGImageAlphaNone, "\x20\x60\xa0"},
+    };
+    for (const Layout &layout : layouts) {
+        SCOPED_TRACE(layout.name);
+        CGImageRef image = Decode(Convert(layout.arguments, layout.name), false);
+        ASSERT_NE(nullptr, image);
+        EXPECT_EQ(16u, CGImageGetWidth(image));
+        EXPECT_EQ(8u, CGImageGetHeight(image));
+        EXPECT_EQ(8u, CGImageGetBitsPerComponent(image));
+        EXPECT_EQ(16 * layout.components, CGImageGetBytesPerRow(image));
+        EXPECT_EQ(layout.alpha, CGImageGetAlphaInfo(image));
+        const std::string pixel = FirstPixel(image);
+        ASSERT_EQ(layout.components, pixel.size());
+        for (size_t i = 0; i < pixel.size(); ++i) // lossy: close, not equal
+            EXPECT_NEAR(static_cast<unsigned char>(layout.firstPixel[i]), static_cast<unsigned char>(pixel[i]), 6);
+        CGImageRelease(image);
+    }
+}
+
+TEST_F(CGImageTest, TruncatedCorruptOrForeignDataDecodesToNothing)
+{
+    const std::string png = Read(Convert("-size 64x64 plasma:fractal -seed 7", "full.png"));
+    const std::string jpeg = Read(Convert("-size 64x64 plasma:fractal -seed 7", "full.jpg"));
+    ASSERT_GT(png.size(), 200u);
+    ASSERT_GT(jpeg.size(), 200u);
+    EXPECT_EQ(nullptr, Decode(Write("cut.png", png.substr(0, png.size() / 2)), true));
+    EXPECT_EQ(nullptr, Decode(Write("cut.jpg", jpeg.substr(0, jpeg.size() / 2)), false));
+    EXPECT_EQ(nullptr, Decode(Write("header.jpg", jpeg.substr(0, 20)), false));
+    EXPECT_EQ(nullptr, Decode(Write("empty.png", ""), true));
+    EXPECT_EQ(nullptr, Decode(Write("noise.png", std::string("\x89PNG\r\n\x1a\nnot a png at all", 24)), true));
+    EXPECT_EQ(nullptr, Decode(root_ + "/full.png", false)); // PNG bytes are no JPEG
+    EXPECT_EQ(nullptr, Decode(root_ + "/full.jpg", true));
+    std::string damaged = png;
+    damaged[damaged.size() / 2] ^= 0x5a; // a CRC that no longer matches
+    EXPECT_EQ(nullptr, Decode(Write("damaged.png", damaged), true));
+
+    CGImageRef whole = Decode(root_ + "/full.jpg", false);
+    EXPECT_NE(nullptr, whole);
+    CGImageRelease(whole);
+}
+
+TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
+{
+    const std::string path = Write("bytes.bin", "some bytes");
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.c_str()),
+                                                           static_cast<CFIndex>(path.size()), false);
+    CGDataProviderRef provider = CGDataProviderCreateWithURL(url);
+    CFRelease(url);
+    ASSERT_NE(nullptr, provider);
+    unlink(path.c_str()); // read when made: the file is no longer needed
+    CFDataRef data = CGDataProviderCopyData(provider);
+    EXPECT_EQ(provider, CGDataProviderRetain(provider));
+    CGDataProviderRelease(provider);
+    CGDataProviderRelease(provider); // the data still holds the bytes
+    ASSERT_NE(nullptr, data);
+    EXPECT_EQ("some bytes", std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)),
+                                        static_cast<size_t>(CFDataGetLength(data))));
+    CFRelease(data);
+
+    static int released = 0;
+    static const char bytes[] = "abc";
+    provider = CGDataProviderCreateWithData(
+        const_cast<char *>(bytes), bytes, 3, [](void *info, const void *data, size_t size) {
+            released += info == bytes && data == bytes && size == 3;
+        });
+    ASSERT_NE(nullptr, provider);
+    CGDataProviderRelease(provider);
+    EXPECT_EQ(1, released);
+
+    CFDataRef source = CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>("xyz"), 3);
+    provider = CGDataProviderCreateWithCFData(source);
+    CFRelease(source);
+    ASSERT_NE(nullptr, provider);
+    data = CGDataProviderCopyData(provider);
+    CGDataProviderRelease(provider);
+    EXPECT_EQ(3, CFDataGetLength(data));
+    CFRelease(data);
+}
+
+TEST_F(CGImageTest, NothingForMissingOrNullArguments)
+{
+    CFURLRef web = CFURLCreateWithString(nullptr, CFSTR("http://127.0.0.1/image.png"), nullptr);
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(web));
+    CFRelease(web);
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(nullptr));
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(reinterpret_cast<CFURLRef>(CFSTR("file:///etc/hostname"))));
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/missing.png").c_str()));
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename(root_.c_str())); // a folder
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithData(nullptr, nullptr, 4, nullptr));
+    EXPECT_EQ(nullptr, CGImageCreateWithPNGDataProvider(nullptr, nullptr, false, kCGRenderingIntentDefault));
+    EXPECT_EQ(0u, CGImageGetWidth(nullptr));
+    CGImageRelease(nullptr);
+    CGDataProviderRelease(nullptr);
+}
+
+} // namespace
