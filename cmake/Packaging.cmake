@@ -36,10 +36,10 @@ list(JOIN KORU_PC_OBJC_CFLAGS " " KORU_PC_OBJC_CFLAGS)
 # A host may use the toolkit only through its Objective-C categories and
 # so name none of its symbols; a linker that drops unreferenced libraries
 # (--as-needed) would then leave libKORU out and the methods missing at run
-# time, so libKORU is always kept here.
-# The GUI libraries (gnustep-gui) join this line once AppKit is linked.
+# time, so libKORU is always kept here.  AppKit (gnustep-gui) and
+# Foundation come with it.
 set(KORU_PC_OBJC_LIBS
-  "-L\${libdir} -Wl,--push-state,--no-as-needed -lKORU -Wl,--pop-state -lgnustep-base -lobjc")
+  "-L\${libdir} -Wl,--push-state,--no-as-needed -lKORU -Wl,--pop-state -lgnustep-gui -lgnustep-base -lobjc")
 
 # The prefix is written when the files are installed, as an absolute path,
 # so that the run path they hand out works from any folder (${pcfiledir} is

@@ -24,10 +24,10 @@ target_link_libraries(KORU
 # none of its symbols and uses only its categories, which a linker dropping
 # unreferenced libraries (--as-needed) would otherwise leave out.  It is named
 # in one link option of its own, which no merging of the host's library list
-# (a host linking KORU::KORU too) can move away from its --no-as-needed.  The
-# GUI libraries join here once AppKit is linked.
+# (a host linking KORU::KORU too) can move away from its --no-as-needed.
+# GNUstep::Gui gives the host AppKit and Foundation.
 add_library(KORUObjC INTERFACE)
-target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Base)
+target_link_libraries(KORUObjC INTERFACE KORU GNUstep::Gui)
 set(koru_linker_file
   "$<BUILD_INTERFACE:$<TARGET_LINKER_FILE:KORU>>$<INSTALL_INTERFACE:$<INSTALL_PREFIX>/${CMAKE_INSTALL_LIBDIR}/${CMAKE_SHARED_LIBRARY_PREFIX}KORU${CMAKE_SHARED_LIBRARY_SUFFIX}>")
 target_link_options(KORUObjC INTERFACE

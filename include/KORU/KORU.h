@@ -48,6 +48,7 @@
 #import <KORU/NSUserDefaults+FoundationX.h>
 #import <KORU/NSBundle+FoundationX.h>
 #import <KORU/NSFileManager+FoundationX.h>
+#import <KORU/AppKitX.h>
 #endif
 
 #endif

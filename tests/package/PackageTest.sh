@@ -64,6 +64,12 @@ run "$work/classhost"
 gcc -x objective-c -Wall -Wextra -Werror $extra "$package/consumer.m" -o "$work/consumer-objc" \
     $(pkg-config --cflags --libs koru-objc)
 run "$work/consumer-objc"
+
+# AppKit through koru-objc alone; C hosts never need a display.
+gcc -x objective-c -Wall -Wextra -Werror $extra "$package/appkithost.m" -o "$work/appkithost" \
+    $(pkg-config --cflags --libs koru-objc)
+run env -u DISPLAY "$work/appkithost"
+run env -u DISPLAY "$work/consumer" "$prefix/lib/KORU.bundle"
 # A host that uses only the toolkit's categories names none of its symbols;
 # koru-objc must keep libKORU linked all the same.
 gcc -x objective-c -Wall -Wextra -Werror $extra "$package/categoryhost.m" -o "$work/categoryhost" \

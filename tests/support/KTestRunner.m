@@ -1,6 +1,8 @@
 /* The runner behind KTest.h: cases run in registration order, each in its
  * own autorelease pool; an Objective-C exception escaping a case counts as
- * a failure of that case.  A case name on the command line runs only it. */
+ * a failure of that case.  A case name on the command line runs only it;
+ * arguments after it (or first arguments starting with '-') are user
+ * defaults for GNUstep. */
 #import "KTest.h"
 
 int KTFailures;
@@ -30,7 +32,7 @@ int KTRunAll(int argc, char **argv)
 {
     int passed = 0, failed = 0;
     for (int i = 0; i < KTCaseCount; i++) {
-        if (argc > 1 && strcmp(argv[1], KTCases[i].name) != 0)
+        if (argc > 1 && argv[1][0] != '-' && strcmp(argv[1], KTCases[i].name) != 0)
             continue;
         int before = KTFailures;
         NSAutoreleasePool *pool = [[NSAutoreleasePool alloc] init];

@@ -5,5 +5,6 @@
 #include <CoreServices/CoreServices.h>
 #include <ApplicationServices/ApplicationServices.h>
 #include <OpenScripting/OpenScripting.h>
+#include <HIToolbox/HIToolbox.h>
 
 #endif
