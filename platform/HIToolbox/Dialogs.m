@@ -22,7 +22,6 @@ static NSMapTable *gAlertsByWindow;
     EventTargetRef mNotifyTarget;
     OptionBits mFlags;
     NSWindow *mWindow;
-    ModalFilterUPP mFilter;
 }
 @end
 
@@ -112,28 +111,6 @@ static UInt32 CommandOfItem(DialogItemIndex item)
     return index >= 0 && (NSUInteger)index < mButtonCount ? mItems[index] : 0;
 }
 
-- (void)pressItem:(DialogItemIndex)item
-{
-    for (NSUInteger i = 0; i < mButtonCount; ++i) {
-        if (mItems[i] == item) {
-            [[[mAlert buttons] objectAtIndex:i] performClick:nil];
-            /* The button stops the modal loop, which notices only at its
-             * next event. */
-            [NSApp postEvent:[NSEvent otherEventWithType:NSApplicationDefined
-                                                location:NSZeroPoint
-                                           modifierFlags:0
-                                               timestamp:0
-                                            windowNumber:0
-                                                 context:nil
-                                                 subtype:0
-                                                   data1:0
-                                                   data2:0]
-                     atStart:NO];
-            return;
-        }
-    }
-}
-
 /* The alert's panel is made when it is first shown; a sheet's window is
  * wanted before that. */
 - (NSWindow *)window
@@ -152,31 +129,34 @@ static UInt32 CommandOfItem(DialogItemIndex item)
     return mWindow;
 }
 
-/* A modal filter sees null events while the alert is up. */
-- (void)callFilter:(NSTimer *)timer
-{
-    (void)timer;
-    EventRecord event = {nullEvent, 0, 0, {0, 0}, 0};
-    DialogItemIndex item = 0;
-    if (mFilter((DialogRef)self, &event, &item))
-        [self pressItem:item];
-}
-
+/* The alert's own modal session, so that a filter can be called between
+ * events as the toolbox's modal dialog loop calls it: with null events while
+ * nothing happens (every 50 ms), ending the alert with the item it answers.
+ * A button pressed ends the session; the panel keeps the button's code. */
 - (DialogItemIndex)runModalWithFilter:(ModalFilterUPP)filter
 {
-    NSTimer *timer = nil;
-    mFilter = filter;
-    if (filter != NULL) {
-        timer = [NSTimer timerWithTimeInterval:0.05
-                                        target:self
-                                      selector:@selector(callFilter:)
-                                      userInfo:nil
-                                       repeats:YES];
-        [[NSRunLoop currentRunLoop] addTimer:timer forMode:NSModalPanelRunLoopMode];
+    NSWindow *panel = [self window];
+    if (panel == nil)
+        return 0;
+    NSModalSession session = [NSApp beginModalSessionForWindow:panel];
+    DialogItemIndex item = 0;
+    while ([NSApp runModalSession:session] == NSRunContinuesResponse) {
+        if (filter != NULL) {
+            EventRecord event = {nullEvent, 0, 0, {0, 0}, 0};
+            DialogItemIndex hit = 0;
+            if (filter((DialogRef)self, &event, &hit)) {
+                item = hit;
+                break;
+            }
+        }
+        NSDate *limit = filter != NULL ? [NSDate dateWithTimeIntervalSinceNow:0.05] : [NSDate distantFuture];
+        [NSApp nextEventMatchingMask:NSAnyEventMask untilDate:limit inMode:NSModalPanelRunLoopMode dequeue:NO];
     }
-    NSInteger code = [mAlert runModal];
-    [timer invalidate];
-    return [self itemOfReturnCode:code];
+    [NSApp endModalSession:session];
+    [panel orderOut:nil];
+    if (item == 0 && [panel respondsToSelector:@selector(result)])
+        item = [self itemOfReturnCode:(NSInteger)[panel performSelector:@selector(result)]];
+    return item;
 }
 
 - (void)beginSheetOn:(NSWindow *)parent
@@ -317,9 +297,13 @@ OSStatus ShowSheetWindow(WindowRef inSheet, WindowRef inParentWindow)
     OSStatus status = noErr;
     @try {
         KORUStandardAlert *alert = (KORUStandardAlert *)GetDialogFromWindow(inSheet);
-        if (alert != nil)
+        /* AppKit may still use the alert when the sheet has ended (and the
+         * alert may have been disposed of): hold it until the call returns. */
+        if (alert != nil) {
+            [alert retain];
             [alert beginSheetOn:parent];
-        else
+            [alert release];
+        } else
             [NSApp beginSheet:sheet modalForWindow:parent modalDelegate:nil didEndSelector:NULL contextInfo:NULL];
     } @catch (NSException *exception) {
         status = paramErr;
