@@ -8,6 +8,7 @@
 #ifndef HITOOLBOX_EVENTS_H
 #define HITOOLBOX_EVENTS_H
 
+#include <CoreServices/MacErrors.h>
 #include <MacTypes.h>
 
 #ifdef __cplusplus

@@ -6,6 +6,7 @@
 #ifndef HITOOLBOX_MENUS_H
 #define HITOOLBOX_MENUS_H
 
+#include <CoreServices/MacErrors.h>
 #include <MacTypes.h>
 
 #ifdef __cplusplus

@@ -7,6 +7,7 @@
 #ifndef HITOOLBOX_SCRAP_H
 #define HITOOLBOX_SCRAP_H
 
+#include <CoreServices/MacErrors.h>
 #include <MacTypes.h>
 
 #ifdef __cplusplus
