@@ -2,6 +2,7 @@
  * alerts and sheets. */
 #import "KTest.h"
 #import "KGUI.h"
+#import "../platform/HIToolbox/SheetTestSupport.h"
 
 #include <KORU/KORU.h>
 
@@ -251,7 +252,7 @@ KT_CASE(AlertsRunModallyOrAsSheets)
     EventTypeSpec spec = EventTypeSpecMake(kEventClassCommand, kEventCommandProcess);
     EventHandlerRef handler = NULL;
     InstallEventHandler(GetApplicationEventTarget(), RecordCommand, 1, &spec, &command, &handler);
-    KGUIEndAttachedSheetAfter(0.5, parent, NSAlertThirdButtonReturn);
+    ClickInSheetWhenUp(parent, @"Discard");
     KT_EXPECT(DialogRunGenericAlert(kAlertNoteAlert, (WindowRef)parent, true, CFSTR("Save?"), NULL, false, NULL,
                                     (CFStringRef)(intptr_t)kAlertDefaultCancelText, CFSTR("Discard"), 0, 0, 0, 0,
                                     NULL, GetApplicationEventTarget()) == 1);

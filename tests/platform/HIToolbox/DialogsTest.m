@@ -2,6 +2,7 @@
  * (ended from timers). */
 #import "KTest.h"
 #import "KGUI.h"
+#import "SheetTestSupport.h"
 
 #include <HIToolbox/Dialogs.h>
 #include <HIToolbox/MacWindowsExtras.h>
@@ -127,10 +128,10 @@ KT_CASE(SheetSendsTheButtonsCommand)
     param.cancelText = (CFStringRef)(intptr_t)kAlertDefaultCancelText;
     DialogRef sheet = NULL;
     KT_ASSERT(CreateStandardSheet(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, NULL, &sheet) == noErr);
-    KGUIEndAttachedSheetAfter(0.5, parent, NSAlertSecondButtonReturn);
+    ClickInSheetWhenUp(parent, @"Cancel");
     KT_EXPECT(ShowSheetWindow(GetDialogWindow(sheet), (WindowRef)parent) == noErr);
     KGUISpin(0.2);
-    KT_EXPECT(command == kHICommandCancel);
+    KT_EXPECT_MSG(command == kHICommandCancel, @"%08x", (unsigned)command);
 
     /* With a target of its own, the answer goes there. */
     UInt32 ownCommand = 0;
@@ -139,7 +140,7 @@ KT_CASE(SheetSendsTheButtonsCommand)
     InstallEventHandler(target, RecordCommand, 1, &spec, &ownCommand, &ownHandler);
     command = 0;
     KT_ASSERT(CreateStandardSheet(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, target, &sheet) == noErr);
-    KGUIEndAttachedSheetAfter(0.5, parent, NSAlertFirstButtonReturn);
+    ClickInSheetWhenUp(parent, @"OK");
     KT_EXPECT(ShowSheetWindow(GetDialogWindow(sheet), (WindowRef)parent) == noErr);
     KGUISpin(0.2);
     KT_EXPECT(ownCommand == kHICommandOK && command == 0);
