@@ -18,6 +18,7 @@
 #include <KORU/CFURLUtilities.h>
 #include <KORU/FSUtilities.h>
 #include <KORU/AppleEventUtilities.h>
+#include <KORU/CarbonUIUtilities.h>
 #include <KORU/SystemInfo.h>
 #include <KORU/BitFlags.h>
 #include <KORU/MemoryCipher.h>

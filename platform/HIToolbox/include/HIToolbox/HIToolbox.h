@@ -6,5 +6,15 @@
 #define HITOOLBOX_HITOOLBOX_H
 
 #include <HIToolbox/MacWindows.h>
+#include <HIToolbox/MacWindowsExtras.h>
+#include <HIToolbox/Events.h>
+#include <HIToolbox/Menus.h>
+#include <HIToolbox/Controls.h>
+#include <HIToolbox/ControlDefinitions.h>
+#include <HIToolbox/HIView.h>
+#include <HIToolbox/CarbonEvents.h>
+#include <HIToolbox/IBCarbonRuntime.h>
+#include <HIToolbox/Scrap.h>
+#include <HIToolbox/Dialogs.h>
 
 #endif

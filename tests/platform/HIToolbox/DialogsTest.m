@@ -1,0 +1,183 @@
+/* Standard alerts run modally (ended through their filters) and as sheets
+ * (ended from timers). */
+#import "KTest.h"
+#import "KGUI.h"
+#import "SheetTestSupport.h"
+
+#include <HIToolbox/Dialogs.h>
+#include <HIToolbox/MacWindowsExtras.h>
+
+static OSStatus RecordCommand(EventHandlerCallRef call, EventRef event, void *userData)
+{
+    (void)call;
+    HICommand command;
+    if (GetEventParameter(event, kEventParamDirectObject, typeHICommand, NULL, sizeof command, NULL, &command) ==
+        noErr)
+        *(UInt32 *)userData = command.commandID;
+    return noErr;
+}
+
+static NSButton *FindButton(NSView *view, NSString *title)
+{
+    if ([view isKindOfClass:[NSButton class]] && [[(NSButton *)view title] isEqualToString:title])
+        return (NSButton *)view;
+    for (NSView *subview in [view subviews]) {
+        NSButton *found = FindButton(subview, title);
+        if (found != nil)
+            return found;
+    }
+    return nil;
+}
+
+static DialogItemIndex gItemToPress;
+static int gNullEvents;
+
+/* Presses the button of gItemToPress at the first null event. */
+static Boolean PressItem(DialogRef dialog, EventRecord *event, DialogItemIndex *itemHit)
+{
+    (void)dialog;
+    if (event->what != nullEvent)
+        return false;
+    ++gNullEvents;
+    *itemHit = gItemToPress;
+    return true;
+}
+
+static DialogItemIndex RunPressing(const AlertStdCFStringAlertParamRec *param, DialogItemIndex item)
+{
+    DialogRef alert = NULL;
+    if (CreateStandardAlert(kAlertCautionAlert, CFSTR("Something failed"), CFSTR("Because."), param, &alert) != noErr)
+        return -1;
+    gItemToPress = item;
+    DialogItemIndex itemHit = -1;
+    if (RunStandardAlert(alert, PressItem, &itemHit) != noErr)
+        return -1;
+    return itemHit;
+}
+
+static NSArray *ButtonTitlesOf(NSWindow *window)
+{
+    NSMutableArray *titles = [NSMutableArray array];
+    NSMutableArray *views = [NSMutableArray arrayWithObject:[[window contentView] superview] != nil
+                                                                ? [[window contentView] superview]
+                                                                : [window contentView]];
+    while ([views count] > 0) {
+        NSView *view = [views lastObject];
+        [views removeLastObject];
+        [views addObjectsFromArray:[view subviews]];
+        if ([view isKindOfClass:[NSButton class]] && ![view isHidden] && [view superview] != nil)
+            [titles addObject:[(NSButton *)view title]];
+    }
+    return titles;
+}
+
+KT_CASE(FilterEndsTheModalAlertWithItsItem)
+{
+    KGUISharedApplication();
+    AlertStdCFStringAlertParamRec param;
+    KT_ASSERT(GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne) == noErr);
+    KT_EXPECT((intptr_t)param.defaultText == kAlertDefaultOKText && param.cancelText == NULL);
+    KT_EXPECT(param.defaultButton == kAlertStdAlertOKButton && param.cancelButton == 0);
+    gNullEvents = 0;
+    KT_EXPECT(RunPressing(&param, kAlertStdAlertOKButton) == kAlertStdAlertOKButton);
+    KT_EXPECT(gNullEvents == 1);
+    param.cancelText = (CFStringRef)(intptr_t)kAlertDefaultCancelText;
+    param.otherText = CFSTR("Discard");
+    KT_EXPECT(RunPressing(&param, kAlertStdAlertOtherButton) == kAlertStdAlertOtherButton);
+    KT_EXPECT(RunPressing(NULL, kAlertStdAlertCancelButton) == kAlertStdAlertCancelButton);
+}
+
+KT_CASE(DefaultAndCancelButtonsTakeReturnAndEscape)
+{
+    KGUISharedApplication();
+    AlertStdCFStringAlertParamRec param;
+    GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne);
+    param.cancelText = CFSTR("Stop");
+    param.defaultButton = kAlertStdAlertCancelButton;
+    param.cancelButton = kAlertStdAlertOKButton;
+    DialogRef alert = NULL;
+    KT_ASSERT(CreateStandardAlert(kAlertStopAlert, CFSTR("Stop?"), NULL, &param, &alert) == noErr);
+    NSWindow *window = (NSWindow *)GetDialogWindow(alert);
+    KT_ASSERT(window != nil);
+    KT_EXPECT(GetDialogFromWindow((WindowRef)window) == alert);
+    NSView *root = [[window contentView] superview] != nil ? [[window contentView] superview] : [window contentView];
+    KT_EXPECT_EQUAL_OBJECTS([FindButton(root, @"Stop") keyEquivalent], @"\r");
+    KT_EXPECT_EQUAL_OBJECTS([FindButton(root, @"OK") keyEquivalent], @"\033");
+    DisposeDialog(alert);
+
+    /* The special texts and a given one, right to left. */
+    param.cancelText = (CFStringRef)(intptr_t)kAlertDefaultCancelText;
+    param.otherText = (CFStringRef)(intptr_t)kAlertDefaultOtherText;
+    KT_ASSERT(CreateStandardAlert(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, &alert) == noErr);
+    NSArray *titles = ButtonTitlesOf((NSWindow *)GetDialogWindow(alert));
+    KT_EXPECT_MSG([titles containsObject:@"OK"] && [titles containsObject:@"Cancel"] &&
+                      [titles containsObject:@"Don't Save"], @"%@", titles);
+    DisposeDialog(alert);
+}
+
+KT_CASE(SheetSendsTheButtonsCommand)
+{
+    NSWindow *parent = KGUIMakeWindow(NSMakeRect(100, 100, 400, 300), @"Parent");
+    UInt32 command = 0;
+    EventTypeSpec spec = {kEventClassCommand, kEventCommandProcess};
+    EventHandlerRef handler = NULL;
+    KT_ASSERT(InstallEventHandler(GetWindowEventTarget((WindowRef)parent), RecordCommand, 1, &spec, &command,
+                                  &handler) == noErr);
+    AlertStdCFStringAlertParamRec param;
+    GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne);
+    param.cancelText = (CFStringRef)(intptr_t)kAlertDefaultCancelText;
+    DialogRef sheet = NULL;
+    KT_ASSERT(CreateStandardSheet(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, NULL, &sheet) == noErr);
+    ClickInSheetWhenUp(parent, @"Cancel");
+    KT_EXPECT(ShowSheetWindow(GetDialogWindow(sheet), (WindowRef)parent) == noErr);
+    KGUISpin(0.2);
+    KT_EXPECT_MSG(command == kHICommandCancel, @"%08x", (unsigned)command);
+
+    /* With a target of its own, the answer goes there. */
+    UInt32 ownCommand = 0;
+    EventTargetRef target = GetApplicationEventTarget();
+    EventHandlerRef ownHandler = NULL;
+    InstallEventHandler(target, RecordCommand, 1, &spec, &ownCommand, &ownHandler);
+    command = 0;
+    KT_ASSERT(CreateStandardSheet(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, target, &sheet) == noErr);
+    ClickInSheetWhenUp(parent, @"OK");
+    KT_EXPECT(ShowSheetWindow(GetDialogWindow(sheet), (WindowRef)parent) == noErr);
+    KGUISpin(0.2);
+    KT_EXPECT(ownCommand == kHICommandOK && command == 0);
+    RemoveEventHandler(ownHandler);
+    RemoveEventHandler(handler);
+    KGUICloseWindow(parent);
+}
+
+KT_CASE(BadInputIsRefused)
+{
+    KGUISharedApplication();
+    AlertStdCFStringAlertParamRec param;
+    KT_EXPECT(GetStandardAlertDefaultParams(NULL, kStdCFStringAlertVersionOne) == paramErr);
+    KT_EXPECT(GetStandardAlertDefaultParams(&param, 2) == paramErr);
+    DialogRef alert = (DialogRef)1;
+    KT_EXPECT(CreateStandardAlert(kAlertNoteAlert, NULL, NULL, NULL, &alert) == paramErr && alert == NULL);
+    KT_EXPECT(CreateStandardAlert(7, CFSTR("x"), NULL, NULL, &alert) == paramErr);
+    GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne);
+    param.version = 0;
+    KT_EXPECT(CreateStandardSheet(kAlertNoteAlert, CFSTR("x"), NULL, &param, NULL, &alert) == paramErr);
+    KT_EXPECT(RunStandardAlert(NULL, NULL, NULL) == paramErr);
+    KT_EXPECT(ShowSheetWindow(NULL, NULL) == paramErr);
+    KT_EXPECT(GetDialogWindow(NULL) == NULL && GetDialogFromWindow(NULL) == NULL);
+    DisposeDialog(NULL);
+}
+
+KT_CASE(ReferenceConstantsStayWithTheirWindow)
+{
+    NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 100, 100), nil);
+    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL);
+    SetWRefCon((WindowRef)window, (SRefCon)0x1234);
+    KT_EXPECT(GetWRefCon((WindowRef)window) == (SRefCon)0x1234);
+    [window close];
+    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL);
+    KT_EXPECT(GetWRefCon(NULL) == NULL);
+    SetWRefCon(NULL, (SRefCon)1);
+    [window release];
+}
+
+KT_MAIN()
