@@ -3,13 +3,6 @@
 
 #import "FoundationXSupport.h"
 
-/* Shows image; nothing changes when the workspace had none. */
-static void KORUSetIcon(NSImageView *view, NSImage *image)
-{
-    if (image != nil)
-        [view setImage:image];
-}
-
 @implementation NSImageView (AppKitX)
 
 - (void)setIconImageForFile:(NSString *)path
@@ -17,7 +10,7 @@ static void KORUSetIcon(NSImageView *view, NSImage *image)
     if (![path isKindOfClass:[NSString class]] || [path length] == 0)
         return;
     @try {
-        KORUSetIcon(self, [[NSWorkspace sharedWorkspace] iconForFile:[path stringByExpandingTildeInPath]]);
+        [self setImage:[[NSWorkspace sharedWorkspace] iconForFile:[path stringByExpandingTildeInPath]]];
     } @catch (NSException *exception) {
         KORULogException("-[NSImageView(AppKitX) setIconImageForFile:]", __LINE__, exception);
     }
@@ -28,7 +21,7 @@ static void KORUSetIcon(NSImageView *view, NSImage *image)
     if (![paths isKindOfClass:[NSArray class]] || [paths count] == 0)
         return;
     @try {
-        KORUSetIcon(self, [[NSWorkspace sharedWorkspace] iconForFiles:paths]);
+        [self setImage:[[NSWorkspace sharedWorkspace] iconForFiles:paths]];
     } @catch (NSException *exception) {
         KORULogException("-[NSImageView(AppKitX) setIconImageForFiles:]", __LINE__, exception);
     }
@@ -39,7 +32,7 @@ static void KORUSetIcon(NSImageView *view, NSImage *image)
     if (![fileType isKindOfClass:[NSString class]] || [fileType length] == 0)
         return;
     @try {
-        KORUSetIcon(self, [[NSWorkspace sharedWorkspace] iconForFileType:fileType]);
+        [self setImage:[[NSWorkspace sharedWorkspace] iconForFileType:fileType]];
     } @catch (NSException *exception) {
         KORULogException("-[NSImageView(AppKitX) setIconImageForFileType:]", __LINE__, exception);
     }

@@ -4,6 +4,8 @@
 
 #import "FoundationXSupport.h"
 
+#define KORUMethod "+[NSOpenPanel(AppKitX) beginSheetWithSetting:prompt:canChooseDirectories:canChooseFiles:allowsMultipleSelection:treatsFilePackagesAsDirectories:canCreateDirectories:message:window:directory:file:types:modalDelegate:didEndSelector:contextInfo:]"
+
 @implementation NSOpenPanel (AppKitX)
 
 + (BOOL)beginSheetWithSetting:(NSOpenPanel *)panel prompt:(NSString *)prompt
@@ -20,7 +22,7 @@ treatsFilePackagesAsDirectories:(BOOL)treatsFilePackagesAsDirectories
         if (panel == nil)
             panel = [NSOpenPanel openPanel];
         if (panel == nil) {
-            KORULogFailure("+[NSOpenPanel(AppKitX) beginSheetWithSetting:...]", __LINE__);
+            KORULogFailure(KORUMethod, __LINE__);
             return NO;
         }
         if (prompt != nil)
@@ -36,14 +38,14 @@ treatsFilePackagesAsDirectories:(BOOL)treatsFilePackagesAsDirectories
 
         NSWindow *parent = window != nil ? window : [NSApp mainWindow];
         if (parent == nil) {
-            KORULogFailure("+[NSOpenPanel(AppKitX) beginSheetWithSetting:...]", __LINE__);
+            KORULogFailure(KORUMethod, __LINE__);
             return NO;
         }
         [panel beginSheetForDirectory:directory file:file types:types modalForWindow:parent
                         modalDelegate:delegate didEndSelector:didEndSelector contextInfo:contextInfo];
         return YES;
     } @catch (NSException *exception) {
-        KORULogException("+[NSOpenPanel(AppKitX) beginSheetWithSetting:...]", __LINE__, exception);
+        KORULogException(KORUMethod, __LINE__, exception);
     }
     return NO;
 }

@@ -4,6 +4,8 @@
 
 #import "FoundationXSupport.h"
 
+#define KORUMethod "+[NSPanel(AppKitX) runGenericAlert:parent:modalDelegate:didEndSelector:didDismissSelector:contextInfo:title:message:defaultButton:alternateButton:otherButton:]"
+
 enum { KORUPlainAlert = 0, KORUInformationalAlert = 1, KORUCriticalAlert = 2 };
 
 @implementation NSPanel (AppKitX)
@@ -41,7 +43,7 @@ enum { KORUPlainAlert = 0, KORUInformationalAlert = 1, KORUCriticalAlert = 2 };
                                                      otherButton, text);
         return (int)NSRunCriticalAlertPanel(title, @"%@", defaultButton, alternateButton, otherButton, text);
     } @catch (NSException *exception) {
-        KORULogException("+[NSPanel(AppKitX) runGenericAlert:...]", __LINE__, exception);
+        KORULogException(KORUMethod, __LINE__, exception);
     }
     return -2;
 }

@@ -4,6 +4,8 @@
 
 #import "FoundationXSupport.h"
 
+#define KORUMethod "+[NSSavePanel(AppKitX) beginSheetWithSetting:requiredFileType:canCreateDirectories:canSelectHiddenExtension:extensionHidden:treatsFilePackagesAsDirectories:prompt:title:nameFieldLabel:message:window:directory:file:modalDelegate:didEndSelector:contextInfo:]"
+
 @implementation NSSavePanel (AppKitX)
 
 + (BOOL)beginSheetWithSetting:(NSSavePanel *)panel requiredFileType:(NSString *)requiredFileType
@@ -21,7 +23,7 @@ treatsFilePackagesAsDirectories:(BOOL)treatsFilePackagesAsDirectories
         if (panel == nil)
             panel = [NSSavePanel savePanel];
         if (panel == nil) {
-            KORULogFailure("+[NSSavePanel(AppKitX) beginSheetWithSetting:...]", __LINE__);
+            KORULogFailure(KORUMethod, __LINE__);
             return NO;
         }
         if (requiredFileType != nil)
@@ -42,14 +44,14 @@ treatsFilePackagesAsDirectories:(BOOL)treatsFilePackagesAsDirectories
 
         NSWindow *parent = window != nil ? window : [NSApp mainWindow];
         if (parent == nil) {
-            KORULogFailure("+[NSSavePanel(AppKitX) beginSheetWithSetting:...]", __LINE__);
+            KORULogFailure(KORUMethod, __LINE__);
             return NO;
         }
         [panel beginSheetForDirectory:directory file:file modalForWindow:parent
                         modalDelegate:delegate didEndSelector:didEndSelector contextInfo:contextInfo];
         return YES;
     } @catch (NSException *exception) {
-        KORULogException("+[NSSavePanel(AppKitX) beginSheetWithSetting:...]", __LINE__, exception);
+        KORULogException(KORUMethod, __LINE__, exception);
     }
     return NO;
 }

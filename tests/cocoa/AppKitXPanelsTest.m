@@ -326,8 +326,9 @@ KT_CASE(DocumentsIconsAndText)
     [icon setImage:blank];
     [icon setIconImageForFiles:[NSArray arrayWithObject:file]];
     KT_EXPECT([icon image] != nil && [icon image] != blank);
-    [icon setIconImageForFiles:[NSArray arrayWithObjects:file, folder, nil]];
-    KT_EXPECT([icon image] != nil);
+    NSArray *both = [NSArray arrayWithObjects:file, folder, nil];
+    [icon setIconImageForFiles:both];
+    KT_EXPECT([icon image] == [[NSWorkspace sharedWorkspace] iconForFiles:both]);
     [icon setImage:blank];
     [icon setIconImageForFileType:@"txt"];
     KT_EXPECT([icon image] != nil && [icon image] != blank);
