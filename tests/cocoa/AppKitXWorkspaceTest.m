@@ -131,8 +131,8 @@ static void MakeFolders(const char root[1024], const char *const *names)
     }
 }
 
-/* The test's GNUstep configuration with the user's applications and
- * library in the private folder. */
+/* The test's GNUstep configuration with the user's library and every
+ * domain's applications in the private folder. */
 static void WriteGNUstepConfig(const char root[1024])
 {
     char path[2048], line[4096];
@@ -141,12 +141,18 @@ static void WriteGNUstepConfig(const char root[1024])
     const char *given = getenv("GNUSTEP_CONFIG_FILE");
     FILE *in = given != NULL ? fopen(given, "r") : NULL;
     while (in != NULL && out != NULL && fgets(line, sizeof line, in) != NULL)
-        if (strncmp(line, "GNUSTEP_USER_DIR_APPS=", 22) != 0 && strncmp(line, "GNUSTEP_USER_DIR_LIBRARY=", 25) != 0)
+        if (strstr(line, "_DIR_APPS=") == NULL && strstr(line, "_DIR_ADMIN_APPS=") == NULL
+            && strncmp(line, "GNUSTEP_USER_DIR_LIBRARY=", 25) != 0)
             fputs(line, out);
     if (in != NULL)
         fclose(in);
     if (out != NULL) {
-        fprintf(out, "\nGNUSTEP_USER_DIR_APPS=%s/home/GNUstep/Applications\n", root);
+        /* Only the test's applications, none installed on the machine. */
+        static const char *const domains[] = {"USER", "LOCAL", "NETWORK", "SYSTEM"};
+        for (int i = 0; i < 4; i++) {
+            fprintf(out, "\nGNUSTEP_%s_DIR_APPS=%s/home/GNUstep/Applications\n", domains[i], root);
+            fprintf(out, "GNUSTEP_%s_DIR_ADMIN_APPS=%s/home/GNUstep/Applications\n", domains[i], root);
+        }
         fprintf(out, "GNUSTEP_USER_DIR_LIBRARY=%s/home/GNUstep/Library\n", root);
         fclose(out);
     }
