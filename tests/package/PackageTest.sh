@@ -70,6 +70,11 @@ gcc -x objective-c -Wall -Wextra -Werror $extra "$package/appkithost.m" -o "$wor
     $(pkg-config --cflags --libs koru-objc)
 run env -u DISPLAY "$work/appkithost"
 run env -u DISPLAY "$work/consumer" "$prefix/lib/KORU.bundle"
+# A plain C host (no Objective-C) of the installed library never opens a
+# display: it runs without DISPLAY and finds no X back end in its mappings.
+gcc -std=c11 -Wall -Wextra -Werror $extra "$package/nodisplay.c" -o "$work/nodisplay" \
+    $(pkg-config --cflags --libs koru)
+run env -u DISPLAY "$work/nodisplay"
 # A host that uses only the toolkit's categories names none of its symbols;
 # koru-objc must keep libKORU linked all the same.
 gcc -x objective-c -Wall -Wextra -Werror $extra "$package/categoryhost.m" -o "$work/categoryhost" \

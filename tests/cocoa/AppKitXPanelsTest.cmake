@@ -1,0 +1,1 @@
+koru_gui_test(${KORU_TEST_TARGET})
