@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -192,6 +193,21 @@ TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
     CGDataProviderRelease(provider);
     EXPECT_EQ(3, CFDataGetLength(data));
     CFRelease(data);
+
+    // A mutable data that changes later: the provider keeps what it was given.
+    CFMutableDataRef changing = CFDataCreateMutable(nullptr, 0);
+    CFDataAppendBytes(changing, reinterpret_cast<const UInt8 *>("abc"), 3);
+    provider = CGDataProviderCreateWithCFData(changing);
+    ASSERT_NE(nullptr, provider);
+    const std::string more(1 << 16, 'z');
+    CFDataAppendBytes(changing, reinterpret_cast<const UInt8 *>(more.data()), static_cast<CFIndex>(more.size()));
+    CFRelease(changing);
+    data = CGDataProviderCopyData(provider);
+    CGDataProviderRelease(provider);
+    ASSERT_NE(nullptr, data);
+    EXPECT_EQ("abc", std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)),
+                                 static_cast<size_t>(CFDataGetLength(data))));
+    CFRelease(data);
 }
 
 TEST_F(CGImageTest, NothingForMissingOrNullArguments)
@@ -203,6 +219,8 @@ TEST_F(CGImageTest, NothingForMissingOrNullArguments)
     EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(reinterpret_cast<CFURLRef>(CFSTR("file:///etc/hostname"))));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/missing.png").c_str()));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename(root_.c_str())); // a folder
+    ASSERT_EQ(0, mkfifo((root_ + "/pipe.png").c_str(), 0600));
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/pipe.png").c_str())); // no writer: no wait
     EXPECT_EQ(nullptr, CGDataProviderCreateWithData(nullptr, nullptr, 4, nullptr));
     EXPECT_EQ(nullptr, CGImageCreateWithPNGDataProvider(nullptr, nullptr, false, kCGRenderingIntentDefault));
     EXPECT_EQ(0u, CGImageGetWidth(nullptr));
