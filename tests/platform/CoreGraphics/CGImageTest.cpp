@@ -7,6 +7,7 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/mman.h>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -155,6 +156,27 @@ TEST_F(CGImageTest, TruncatedCorruptOrForeignDataDecodesToNothing)
     CGImageRef whole = Decode(root_ + "/full.jpg", false);
     EXPECT_NE(nullptr, whole);
     CGImageRelease(whole);
+}
+
+TEST_F(CGImageTest, TheDecodeArrayHasAPairForEachColourComponent)
+{
+    // Three pairs for an RGBA image, the last ones at the very end of what
+    // can be read: a page that cannot be read follows them.
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void *pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, pages);
+    ASSERT_EQ(0, mprotect(static_cast<char *>(pages) + page, page, PROT_NONE));
+    CGFloat *decode = reinterpret_cast<CGFloat *>(static_cast<char *>(pages) + page) - 6;
+    for (int i = 0; i < 6; ++i)
+        decode[i] = i % 2;
+    CGDataProviderRef provider = CGDataProviderCreateWithFilename(
+        Convert("-size 7x5 xc:'rgba(16,32,48,0.4)' -define png:color-type=6", "rgba.png").c_str());
+    CGImageRef image = CGImageCreateWithPNGDataProvider(provider, decode, false, kCGRenderingIntentDefault);
+    CGDataProviderRelease(provider);
+    ASSERT_NE(nullptr, image);
+    EXPECT_EQ(1.0, CGImageGetDecode(image)[5]);
+    CGImageRelease(image);
+    munmap(pages, 2 * page);
 }
 
 TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
