@@ -112,43 +112,35 @@ static BOOL WalkFolder(NSString *folder, id delegate, Level *next, Listing *list
         return NO;
     const unsigned char *regular = [listing->regular bytes];
     const char *name = listing->names;
-    /* Each path is what stringByAppendingPathComponent: makes of the folder
-     * and the entry.  The folder's part of it, as the first entry shows it,
-     * is the same for every entry: the rest are made from its bytes. */
-    BOOL havePrefix = NO; /* in listing->scratch, prefixLength bytes */
-    size_t prefixLength = 0;
+    /* Each path is the folder's part, as stringByAppendingPathComponent:
+     * makes it for an ordinary name, followed by the entry's own name.  The
+     * folder's part comes from a name of no special meaning: GNUstep reads
+     * names such as "c:", "a:b" or "x\\" as Windows path syntax (some of them
+     * give back the folder itself, which would be listed again and again),
+     * and such an entry may be the first one listed. */
+    NSString *probe = [folder stringByAppendingPathComponent:@"x"];
+    const char *prefixBytes = [[probe substringToIndex:[probe length] - 1] fileSystemRepresentation];
+    size_t prefixLength = strlen(prefixBytes);
+    if (prefixLength + 256 > listing->scratchCapacity) {
+        char *grown = realloc(listing->scratch, prefixLength + 256);
+        if (grown == NULL)
+            [NSException raise:NSMallocException format:@"no memory for a path"];
+        listing->scratch = grown;
+        listing->scratchCapacity = prefixLength + 256;
+    }
+    memcpy(listing->scratch, prefixBytes, prefixLength);
     for (NSUInteger k = 0; k < listing->count; k++) {
         size_t nameLength = strlen(name);
-        NSString *path;
-        if (havePrefix) {
-            if (prefixLength + nameLength > listing->scratchCapacity) {
-                size_t capacity = 2 * (prefixLength + nameLength);
-                char *grown = realloc(listing->scratch, capacity);
-                if (grown == NULL)
-                    [NSException raise:NSMallocException format:@"no memory for a path"];
-                listing->scratch = grown;
-                listing->scratchCapacity = capacity;
-            }
-            memcpy(listing->scratch + prefixLength, name, nameLength);
-            path = [manager stringWithFileSystemRepresentation:listing->scratch length:prefixLength + nameLength];
-        } else {
-            NSString *entry = [manager stringWithFileSystemRepresentation:name length:nameLength];
-            path = [folder stringByAppendingPathComponent:entry];
-            if ([path hasSuffix:entry]) {
-                const char *bytes = [[path substringToIndex:[path length] - [entry length]] fileSystemRepresentation];
-                prefixLength = strlen(bytes);
-                if (prefixLength + nameLength + 256 > listing->scratchCapacity) {
-                    size_t capacity = prefixLength + nameLength + 256;
-                    char *grown = realloc(listing->scratch, capacity);
-                    if (grown == NULL)
-                        [NSException raise:NSMallocException format:@"no memory for a path"];
-                    listing->scratch = grown;
-                    listing->scratchCapacity = capacity;
-                }
-                memcpy(listing->scratch, bytes, prefixLength);
-                havePrefix = YES;
-            }
+        if (prefixLength + nameLength > listing->scratchCapacity) {
+            size_t capacity = 2 * (prefixLength + nameLength);
+            char *grown = realloc(listing->scratch, capacity);
+            if (grown == NULL)
+                [NSException raise:NSMallocException format:@"no memory for a path"];
+            listing->scratch = grown;
+            listing->scratchCapacity = capacity;
         }
+        memcpy(listing->scratch + prefixLength, name, nameLength);
+        NSString *path = [manager stringWithFileSystemRepresentation:listing->scratch length:prefixLength + nameLength];
         name += nameLength + 1;
         if (path == nil)
             continue; /* a name that is no text in the file-system encoding */

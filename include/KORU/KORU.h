@@ -8,6 +8,13 @@
 #ifndef KORU_KORU_H
 #define KORU_KORU_H
 
+/* Objective-C: first of all, before anything imports the Objective-C
+ * runtime header (the Carbon headers bring in AppKit): the class Method is
+ * then declared by its name (see KORU/Method.h). */
+#ifdef __OBJC__
+#import <KORU/Method.h>
+#endif
+
 #include <CoreFoundation/CoreFoundation.h>
 #include <Carbon/Carbon.h>
 
@@ -39,9 +46,6 @@
 
 /* The Foundation and AppKit extensions. */
 #ifdef __OBJC__
-/* First, before anything imports the Objective-C runtime header: the class
- * Method is then declared by its name (see KORU/Method.h). */
-#import <KORU/Method.h>
 #import <KORU/TreeRound.h>
 #import <KORU/CommandTool.h>
 #import <KORU/DiskImage.h>

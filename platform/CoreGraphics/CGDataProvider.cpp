@@ -41,7 +41,8 @@ CGDataProviderRef ReadFile(const char *path)
 {
     int fd;
     do {
-        fd = open(path, O_RDONLY | O_CLOEXEC);
+        // Not blocking: opening a FIFO would wait for a writer.
+        fd = open(path, O_RDONLY | O_CLOEXEC | O_NONBLOCK);
     } while (fd < 0 && errno == EINTR);
     if (fd < 0)
         return nullptr;
@@ -111,12 +112,16 @@ extern "C" CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data)
 {
     if (data == nullptr || CFGetTypeID(data) != CFDataGetTypeID())
         return nullptr;
-    CFRetain(data);
-    CGDataProviderRef provider = NewProvider(const_cast<void *>(static_cast<const void *>(data)),
-                                             CFDataGetBytePtr(data),
-                                             static_cast<size_t>(CFDataGetLength(data)), ReleaseCFData);
+    // A copy: the bytes of a mutable data move when it changes.  An
+    // immutable data copies as itself.
+    CFDataRef bytes = CFDataCreateCopy(kCFAllocatorDefault, data);
+    if (bytes == nullptr)
+        return nullptr;
+    CGDataProviderRef provider = NewProvider(const_cast<void *>(static_cast<const void *>(bytes)),
+                                             CFDataGetBytePtr(bytes),
+                                             static_cast<size_t>(CFDataGetLength(bytes)), ReleaseCFData);
     if (provider == nullptr)
-        CFRelease(data);
+        CFRelease(bytes);
     return provider;
 }
 

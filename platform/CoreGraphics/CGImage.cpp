@@ -172,7 +172,9 @@ CGImageRef MakeImage(Pixels *pixels, const CGFloat decode[], bool shouldInterpol
 {
     CGImage *image = new (std::nothrow) CGImage;
     CGFloat *decodeCopy = nullptr;
-    const size_t decodeCount = decode != nullptr ? 2 * pixels->components : 0;
+    // A pair of values for each colour component: alpha has none.
+    const size_t colorComponents = pixels->components - (pixels->alpha ? 1 : 0);
+    const size_t decodeCount = decode != nullptr ? 2 * colorComponents : 0;
     if (decodeCount > 0) {
         decodeCopy = new (std::nothrow) CGFloat[decodeCount];
         if (decodeCopy != nullptr)

@@ -1,9 +1,7 @@
-/* Method, with its header first: the class is declared by its name, and the
- * runtime's method type is KORURuntimeMethod. */
-#import <KORU/Method.h>
+/* Method, with the umbrella header first: the class is declared by its name,
+ * and the runtime's method type is KORURuntimeMethod. */
+#import <KORU/KORU.h>
 #import "KTest.h"
-
-#include <KORU/KORU.h>
 
 #include <objc/runtime.h>
 

@@ -152,6 +152,34 @@ KT_CASE(FoldersThatCannotBeListedContributeNothing)
     RemoveTree();
 }
 
+/* Stops any walk after 100 paths, so that a walk that never ends shows. */
+@interface Bounded : Verdicts
+@end
+
+@implementation Bounded
+- (int)treeRoundEvaluatePath:(NSString *)path
+{
+    return [super treeRoundEvaluatePath:path] | ([mSeen count] >= 100 ? TreeRoundStop : 0);
+}
+@end
+
+KT_CASE(EveryEntryIsShownByItsOwnPath)
+{
+    KT_ASSERT(MakeTree() != nil);
+    /* Each the only (so the first) entry of its folder: a name GNUstep's
+     * path functions read as a Windows drive, one with a backslash, and one
+     * that is no UTF-8, which is left out. */
+    KT_ASSERT(system([[NSString stringWithFormat:@"cd '%@' && mkdir drive slash bad && touch drive/c: 'slash/x\\' "
+                                                 @"\"bad/$(printf 'no\\377name')\"", gRoot] UTF8String]) == 0);
+    Bounded *delegate = [[[Bounded alloc] init] autorelease];
+    NSArray *folders = [NSArray arrayWithObjects:[gRoot stringByAppendingPathComponent:@"drive"],
+                                                 [gRoot stringByAppendingPathComponent:@"slash/"],
+                                                 [gRoot stringByAppendingPathComponent:@"bad"], nil];
+    KT_EXPECT([[[[TreeRound alloc] init] autorelease] start:folders withDelegate:delegate]);
+    KT_EXPECT_EQUAL_OBJECTS(Relative(delegate->mSeen), ([NSArray arrayWithObjects:@"drive/c:", @"slash/x\\", nil]));
+    RemoveTree();
+}
+
 KT_CASE(NoWalkWithoutFoldersOrAnAnsweringDelegate)
 {
     KT_ASSERT(MakeTree() != nil);

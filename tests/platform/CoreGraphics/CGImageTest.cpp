@@ -7,6 +7,8 @@
 #include <fstream>
 #include <iterator>
 #include <string>
+#include <sys/mman.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 namespace {
@@ -156,6 +158,27 @@ TEST_F(CGImageTest, TruncatedCorruptOrForeignDataDecodesToNothing)
     CGImageRelease(whole);
 }
 
+TEST_F(CGImageTest, TheDecodeArrayHasAPairForEachColourComponent)
+{
+    // Three pairs for an RGBA image, the last ones at the very end of what
+    // can be read: a page that cannot be read follows them.
+    const size_t page = static_cast<size_t>(sysconf(_SC_PAGESIZE));
+    void *pages = mmap(nullptr, 2 * page, PROT_READ | PROT_WRITE, MAP_PRIVATE | MAP_ANONYMOUS, -1, 0);
+    ASSERT_NE(MAP_FAILED, pages);
+    ASSERT_EQ(0, mprotect(static_cast<char *>(pages) + page, page, PROT_NONE));
+    CGFloat *decode = reinterpret_cast<CGFloat *>(static_cast<char *>(pages) + page) - 6;
+    for (int i = 0; i < 6; ++i)
+        decode[i] = i % 2;
+    CGDataProviderRef provider = CGDataProviderCreateWithFilename(
+        Convert("-size 7x5 xc:'rgba(16,32,48,0.4)' -define png:color-type=6", "rgba.png").c_str());
+    CGImageRef image = CGImageCreateWithPNGDataProvider(provider, decode, false, kCGRenderingIntentDefault);
+    CGDataProviderRelease(provider);
+    ASSERT_NE(nullptr, image);
+    EXPECT_EQ(1.0, CGImageGetDecode(image)[5]);
+    CGImageRelease(image);
+    munmap(pages, 2 * page);
+}
+
 TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
 {
     const std::string path = Write("bytes.bin", "some bytes");
@@ -192,6 +215,21 @@ TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
     CGDataProviderRelease(provider);
     EXPECT_EQ(3, CFDataGetLength(data));
     CFRelease(data);
+
+    // A mutable data that changes later: the provider keeps what it was given.
+    CFMutableDataRef changing = CFDataCreateMutable(nullptr, 0);
+    CFDataAppendBytes(changing, reinterpret_cast<const UInt8 *>("abc"), 3);
+    provider = CGDataProviderCreateWithCFData(changing);
+    ASSERT_NE(nullptr, provider);
+    const std::string more(1 << 16, 'z');
+    CFDataAppendBytes(changing, reinterpret_cast<const UInt8 *>(more.data()), static_cast<CFIndex>(more.size()));
+    CFRelease(changing);
+    data = CGDataProviderCopyData(provider);
+    CGDataProviderRelease(provider);
+    ASSERT_NE(nullptr, data);
+    EXPECT_EQ("abc", std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)),
+                                 static_cast<size_t>(CFDataGetLength(data))));
+    CFRelease(data);
 }
 
 TEST_F(CGImageTest, NothingForMissingOrNullArguments)
@@ -203,6 +241,8 @@ TEST_F(CGImageTest, NothingForMissingOrNullArguments)
     EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(reinterpret_cast<CFURLRef>(CFSTR("file:///etc/hostname"))));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/missing.png").c_str()));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename(root_.c_str())); // a folder
+    ASSERT_EQ(0, mkfifo((root_ + "/pipe.png").c_str(), 0600));
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/pipe.png").c_str())); // no writer: no wait
     EXPECT_EQ(nullptr, CGDataProviderCreateWithData(nullptr, nullptr, 4, nullptr));
     EXPECT_EQ(nullptr, CGImageCreateWithPNGDataProvider(nullptr, nullptr, false, kCGRenderingIntentDefault));
     EXPECT_EQ(0u, CGImageGetWidth(nullptr));

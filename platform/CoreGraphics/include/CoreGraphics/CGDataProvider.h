@@ -29,7 +29,8 @@ CGDataProviderRef CGDataProviderCreateWithFilename(const char *filename);
 CGDataProviderRef CGDataProviderCreateWithData(void *info, const void *data, size_t size,
                                                CGDataProviderReleaseDataCallback releaseData);
 
-/* The bytes of a CFData, which the provider retains. */
+/* The bytes of a CFData, which the provider keeps (a mutable one as a copy,
+ * so that later changes to it do not reach the provider). */
 CGDataProviderRef CGDataProviderCreateWithCFData(CFDataRef data);
 
 /* The provider's bytes as a CFData the caller releases; NULL for NULL.  The

@@ -56,6 +56,7 @@ enum {
 
 /* Decodes the provider's bytes; NULL for a NULL provider or bytes that are
  * not a complete image of that kind (a truncated or corrupt file).  decode
+ * (NULL, or a pair of values for each colour component, alpha having none)
  * is kept for the caller's drawing and does not change the pixels. */
 CGImageRef CGImageCreateWithPNGDataProvider(CGDataProviderRef source, const CGFloat decode[],
                                             bool shouldInterpolate, CGColorRenderingIntent intent);
