@@ -7,6 +7,7 @@
 #include <CoreServices/MacErrors.h>
 
 #include <math.h>
+#include <objc/runtime.h>
 #include <string.h>
 
 const HIViewID kHIViewWindowContentID = {0x77696E64 /* 'wind' */, 1};
@@ -140,13 +141,37 @@ WindowRef GetControlOwner(ControlRef inControl)
     return inControl != NULL ? (WindowRef)[ViewOf(inControl) window] : NULL;
 }
 
-/* Command IDs are the toolbox's own record per view. */
+/* Command IDs are the toolbox's own record per view, keyed by the view's
+ * address.  A view's entry goes with the view: NSView's -dealloc is wrapped
+ * once, so that a later view at the same address starts without one. */
 static NSMapTable *gCommandIDs;
+static IMP gViewDealloc;
+
+static void ViewDeallocDroppingCommandID(id self, SEL _cmd)
+{
+    if (gCommandIDs != nil)
+        NSMapRemove(gCommandIDs, self);
+    ((void (*)(id, SEL))(void (*)(void))gViewDealloc)(self, _cmd);
+}
+
+static void WatchViewDeallocation(void)
+{
+    if (gViewDealloc != NULL)
+        return;
+    Class viewClass = [NSView class];
+    SEL dealloc = @selector(dealloc);
+    Method inherited = class_getInstanceMethod(viewClass, dealloc);
+    gViewDealloc = method_getImplementation(inherited);
+    IMP dropping = (IMP)(void (*)(void))ViewDeallocDroppingCommandID;
+    if (!class_addMethod(viewClass, dealloc, dropping, method_getTypeEncoding(inherited)))
+        method_setImplementation(inherited, dropping);
+}
 
 OSStatus SetControlCommandID(ControlRef inControl, UInt32 inCommandID)
 {
     if (inControl == NULL)
         return paramErr;
+    WatchViewDeallocation();
     if (gCommandIDs == nil)
         gCommandIDs = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSIntegerMapValueCallBacks, 0);
     if (inCommandID == 0)

@@ -6,6 +6,7 @@
 #include <HIToolbox/MacWindowsExtras.h>
 #include <CoreServices/MacErrors.h>
 
+#include <objc/runtime.h>
 #include <stdint.h>
 
 enum { kMaximumButtons = 4 };
@@ -334,6 +335,35 @@ static NSMapTable *gRefCons;
 }
 @end
 
+/* A window freed without being closed lets its entry go too: NSWindow's
+ * -dealloc is wrapped once, so that a later window at the same address
+ * starts without a reference constant. */
+static IMP gWindowDealloc;
+
+static void WindowDeallocDroppingRefCon(id self, SEL _cmd)
+{
+    if (gRefCons != nil && NSMapGet(gRefCons, self) != NULL) {
+        [[NSNotificationCenter defaultCenter] removeObserver:[KORURefConJanitor class]
+                                                        name:NSWindowWillCloseNotification
+                                                      object:self];
+        NSMapRemove(gRefCons, self);
+    }
+    ((void (*)(id, SEL))(void (*)(void))gWindowDealloc)(self, _cmd);
+}
+
+static void WatchWindowDeallocation(void)
+{
+    if (gWindowDealloc != NULL)
+        return;
+    Class windowClass = [NSWindow class];
+    SEL dealloc = @selector(dealloc);
+    Method inherited = class_getInstanceMethod(windowClass, dealloc);
+    gWindowDealloc = method_getImplementation(inherited);
+    IMP dropping = (IMP)(void (*)(void))WindowDeallocDroppingRefCon;
+    if (!class_addMethod(windowClass, dealloc, dropping, method_getTypeEncoding(inherited)))
+        method_setImplementation(inherited, dropping);
+}
+
 SRefCon GetWRefCon(WindowRef window)
 {
     if (window == NULL || gRefCons == nil)
@@ -345,6 +375,7 @@ void SetWRefCon(WindowRef window, SRefCon data)
 {
     if (window == NULL)
         return;
+    WatchWindowDeallocation();
     if (gRefCons == nil)
         gRefCons = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks, 0);
     if (NSMapGet(gRefCons, window) == NULL)

@@ -170,6 +170,9 @@ OSStatus CreateWindowFromNib(IBNibRef inNibRef, CFStringRef inName, WindowRef *o
         return paramErr;
     id window = nil;
     OSStatus status = CreateNamedObject(inNibRef, inName, [NSWindow class], &window);
+    /* The caller owns the window and lets it go with DisposeWindow, which
+     * closes it first: closing must not release it as well. */
+    [(NSWindow *)window setReleasedWhenClosed:NO];
     *outWindow = (WindowRef)window;
     return status;
 }

@@ -7,6 +7,8 @@
 #include <KORU/KORU.h>
 
 #include <string.h>
+#include <stdlib.h>
+#include <unistd.h>
 
 static CFBundleRef TestBundle(void)
 {
@@ -262,6 +264,40 @@ KT_CASE(AlertsRunModallyOrAsSheets)
                                     0, 0, 0, NULL, NULL) == 0);
     RemoveEventHandler(handler);
     KGUICloseWindow(parent);
+}
+
+/* What debug mode shows of failed alerts, and the dump that is not there. */
+KT_CASE(FailuresAreReportedWithNameAndLine)
+{
+    KGUISharedApplication();
+    NSWindow *parent = KGUIMakeWindow(NSMakeRect(100, 100, 200, 100), @"Parent");
+    char path[] = "/tmp/koru-carbonui-log-XXXXXX";
+    int fd = mkstemp(path), standardError = dup(2);
+    KT_ASSERT(fd >= 0);
+    Boolean saved = gKORUDebug;
+    gKORUDebug = 1;
+    fflush(stderr);
+    dup2(fd, 2);
+    DialogItemIndex modal = DialogRunGenericAlert(kAlertNoteAlert, NULL, false, NULL, NULL, false, NULL, NULL,
+                                                  NULL, 0, 0, 0, 0, NULL, NULL);
+    DialogItemIndex sheet = DialogRunGenericAlert(kAlertNoteAlert, (WindowRef)parent, false, NULL, NULL, false,
+                                                  NULL, NULL, NULL, 0, 0, 0, 0, NULL, NULL);
+    Boolean dumped = WindowDumpControlHierarchy();
+    fflush(stderr);
+    dup2(standardError, 2);
+    gKORUDebug = saved;
+    close(standardError);
+    close(fd);
+    KGUICloseWindow(parent);
+    NSString *log = [NSString stringWithContentsOfFile:[NSString stringWithUTF8String:path]
+                                              encoding:NSUTF8StringEncoding error:NULL];
+    unlink(path);
+    KT_EXPECT(modal == 0 && sheet == 0 && !dumped);
+    NSArray *lines = [NSArray arrayWithObjects:@"[DialogRunGenericAlert Line:805] Sorry, I caught GOTO error.\n",
+                                               @"[DialogRunGenericAlert Line:810] Sorry, I caught GOTO error.\n",
+                                               @"[WindowDumpControlHierarchy Line:42] Sorry, I failed.\n", nil];
+    for (NSString *line in lines)
+        KT_EXPECT_MSG([log rangeOfString:line].location != NSNotFound, @"%@ missing from %@", line, log);
 }
 
 KT_MAIN()

@@ -59,6 +59,28 @@ KT_CASE(ViewsAreFoundByTheirIDs)
     KGUICloseWindow(window);
 }
 
+/* A command ID goes with its view: a new view at a freed view's address
+ * starts without one. */
+KT_CASE(CommandIDsGoWithTheirView)
+{
+    NSButton *view = [[NSButton alloc] initWithFrame:NSMakeRect(0, 0, 10, 10)];
+    void *address = view;
+    SetControlCommandID((ControlRef)view, kOKCommand);
+    [view release];
+    NSMutableArray *held = [NSMutableArray array];
+    NSButton *reused = nil;
+    for (int i = 0; i < 64 && reused == nil; ++i) {
+        NSButton *candidate = [[[NSButton alloc] initWithFrame:NSMakeRect(0, 0, 10, 10)] autorelease];
+        [held addObject:candidate];
+        if ((void *)candidate == address)
+            reused = candidate;
+    }
+    /* Without reuse (a sanitizer's quarantine) there is nothing to see. */
+    UInt32 command = 1;
+    if (reused != nil)
+        KT_EXPECT(GetControlCommandID((ControlRef)reused, &command) == noErr && command == 0);
+}
+
 KT_CASE(EditTextDataReadsAndWritesTheField)
 {
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 300, 200), @"Edit text");

@@ -178,6 +178,37 @@ KT_CASE(ReferenceConstantsStayWithTheirWindow)
     KT_EXPECT(GetWRefCon(NULL) == NULL);
     SetWRefCon(NULL, (SRefCon)1);
     [window release];
+
+    /* A window freed without being closed: a new window at its address
+     * starts with no reference constant and no handlers. */
+    NSRect frame = NSMakeRect(100, 100, 100, 100);
+    window = [[NSWindow alloc] initWithContentRect:frame styleMask:NSTitledWindowMask
+                                           backing:NSBackingStoreBuffered defer:YES];
+    void *address = window;
+    SetWRefCon((WindowRef)window, (SRefCon)0x1234);
+    EventTypeSpec spec = {kEventClassCommand, kEventCommandProcess};
+    UInt32 command = 0;
+    InstallEventHandler(GetWindowEventTarget((WindowRef)window), RecordCommand, 1, &spec, &command, NULL);
+    [window release];
+    NSMutableArray *held = [NSMutableArray array];
+    NSWindow *reused = nil;
+    for (int i = 0; i < 64 && reused == nil; ++i) {
+        NSWindow *candidate = [[[NSWindow alloc] initWithContentRect:frame styleMask:NSTitledWindowMask
+                                                             backing:NSBackingStoreBuffered defer:YES] autorelease];
+        [held addObject:candidate];
+        if ((void *)candidate == address)
+            reused = candidate;
+    }
+    if (reused != nil) {
+        KT_EXPECT(GetWRefCon((WindowRef)reused) == NULL);
+        EventRef event = NULL;
+        HICommand ok = {0, kHICommandOK, {NULL, 0}};
+        CreateEvent(NULL, kEventClassCommand, kEventCommandProcess, 0, 0, &event);
+        SetEventParameter(event, kEventParamDirectObject, typeHICommand, sizeof ok, &ok);
+        SendEventToEventTarget(event, GetWindowEventTarget((WindowRef)reused));
+        ReleaseEvent(event);
+        KT_EXPECT(command == 0);
+    }
 }
 
 KT_MAIN()

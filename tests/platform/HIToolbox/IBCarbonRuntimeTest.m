@@ -31,6 +31,17 @@ KT_CASE(WindowsAndMenusComeByName)
     WindowRef second = NULL;
     KT_EXPECT(CreateWindowFromNib(nib, CFSTR("mainWindow"), &second) == noErr && second != window);
     DisposeWindow(second);
+    /* A window the file lets go when closed is still the caller's to dispose
+     * of: DisposeWindow takes exactly the caller's reference. */
+    KT_ASSERT(CreateWindowFromNib(nib, CFSTR("PlainWindow"), &second) == noErr);
+    [(NSWindow *)second retain];
+    [(NSWindow *)second retain];
+    NSUInteger held = [(NSWindow *)second retainCount];
+    DisposeWindow(second);
+    NSUInteger left = [(NSWindow *)second retainCount];
+    KT_EXPECT(left == held - 1);
+    while (left-- > 0)
+        [(NSWindow *)second release];
 
     MenuRef menu = NULL;
     KT_EXPECT(CreateMenuFromNib(nib, CFSTR("MenuBar"), &menu) == noErr && CountMenuItems(menu) >= 2 &&
