@@ -32,7 +32,7 @@ static BOOL HasType(NSPasteboard *pasteboard, NSString *type)
 }
 
 /* The flavour's bytes; nil when the flavour is absent. */
-static NSData *FlavorData(NSPasteboard *pasteboard, ScrapFlavorType flavorType)
+static NSData *FlavorDataCore(NSPasteboard *pasteboard, ScrapFlavorType flavorType)
 {
     NSString *type = PasteboardTypeOf(flavorType);
     if (!HasType(pasteboard, type))
@@ -50,6 +50,17 @@ static NSData *FlavorData(NSPasteboard *pasteboard, ScrapFlavorType flavorType)
     CFDataRef bytes = CFStringCreateExternalRepresentation(NULL, (CFStringRef)string,
                                                            CFStringGetSystemEncoding(), '?');
     return [(NSData *)bytes autorelease];
+}
+
+/* The flavour's bytes, or nil when the pasteboard has none or its server
+ * cannot be reached (the pasteboard raises then). */
+static NSData *FlavorData(NSPasteboard *pasteboard, ScrapFlavorType flavorType)
+{
+    @try {
+        return FlavorDataCore(pasteboard, flavorType);
+    } @catch (NSException *exception) {
+        return nil;
+    }
 }
 
 OSStatus GetCurrentScrap(ScrapRef *scrap)
@@ -72,7 +83,11 @@ OSStatus ClearCurrentScrap(void)
     OSStatus status = GetCurrentScrap(&scrap);
     if (status != noErr)
         return status;
-    [PasteboardOf(scrap) declareTypes:[NSArray array] owner:nil];
+    @try {
+        [PasteboardOf(scrap) declareTypes:[NSArray array] owner:nil];
+    } @catch (NSException *exception) {
+        return noScrapErr;
+    }
     return noErr;
 }
 
@@ -81,7 +96,11 @@ OSStatus GetScrapFlavorFlags(ScrapRef scrap, ScrapFlavorType flavorType, ScrapFl
     if (scrap == NULL || flavorFlags == NULL)
         return paramErr;
     *flavorFlags = kScrapFlavorMaskNone;
-    return HasType(PasteboardOf(scrap), PasteboardTypeOf(flavorType)) ? noErr : noTypeErr;
+    @try {
+        return HasType(PasteboardOf(scrap), PasteboardTypeOf(flavorType)) ? noErr : noTypeErr;
+    } @catch (NSException *exception) {
+        return noScrapErr;
+    }
 }
 
 OSStatus GetScrapFlavorSize(ScrapRef scrap, ScrapFlavorType flavorType, Size *byteCount)
@@ -127,16 +146,21 @@ OSStatus PutScrapFlavor(ScrapRef scrap, ScrapFlavorType flavorType, ScrapFlavorF
         return paramErr;
     NSPasteboard *pasteboard = PasteboardOf(scrap);
     NSString *type = PasteboardTypeOf(flavorType);
-    BOOL written;
-    [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
-    if (IsTextFlavor(flavorType)) {
-        NSString *string = StringOfFlavor(flavorType, flavorSize, flavorData);
-        if (string == nil)
-            return paramErr;
-        written = [pasteboard setString:string forType:type];
-    } else {
-        written = [pasteboard setData:[NSData dataWithBytes:flavorData length:(NSUInteger)flavorSize]
-                              forType:type];
+    BOOL written = NO;
+    @try {
+        if (IsTextFlavor(flavorType)) {
+            NSString *string = StringOfFlavor(flavorType, flavorSize, flavorData);
+            if (string == nil)
+                return paramErr;
+            [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
+            written = [pasteboard setString:string forType:type];
+        } else {
+            [pasteboard addTypes:[NSArray arrayWithObject:type] owner:nil];
+            written = [pasteboard setData:[NSData dataWithBytes:flavorData length:(NSUInteger)flavorSize]
+                                  forType:type];
+        }
+    } @catch (NSException *exception) {
+        written = NO;
     }
     return written ? noErr : noScrapErr;
 }
