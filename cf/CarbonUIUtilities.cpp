@@ -368,8 +368,8 @@ extern "C" UInt32 EventGetControlCommandID(EventRef event)
 
 extern "C" EventTypeSpec EventTypeSpecMake(UInt32 eventClass, UInt32 eventKind)
 {
-    EventTypeSpec spec = {eventClass, eventKind};
-    return spec;
+    EventTypeSpec eventType = {eventClass, eventKind};
+    return eventType;
 }
 
 extern "C" Boolean EventIsPaste(EventRef event)

@@ -116,7 +116,7 @@ TFileLocationInfo &TFileLocationInfo::operator=(const TFileLocationInfo &other)
     }
     switch (other.kind) {
     case kLocationFSSpec:
-        std::memcpy(&storage.spec, &other.storage.spec, sizeof storage.spec);
+        std::memcpy(&storage.fsSpec, &other.storage.fsSpec, sizeof storage.fsSpec);
         break;
     case kLocationFSRef:
         std::memcpy(&storage.ref, &other.storage.ref, sizeof storage.ref);
@@ -179,7 +179,7 @@ bool TFileLocationInfo::GetFSRef(FSRef &ref) const
         return made;
     }
     case kLocationFSSpec:
-        return FSpMakeFSRef(&storage.spec, &ref) == noErr;
+        return FSpMakeFSRef(&storage.fsSpec, &ref) == noErr;
     case kLocationFSRef:
         std::memcpy(&ref, &storage.ref, sizeof ref);
         return true;
@@ -195,7 +195,7 @@ bool TFileLocationInfo::GetFSSpec(FSSpec &fsSpec) const
     FSRef ref;
     switch (kind) {
     case kLocationFSSpec:
-        std::memcpy(&fsSpec, &storage.spec, sizeof fsSpec);
+        std::memcpy(&fsSpec, &storage.fsSpec, sizeof fsSpec);
         return true;
     case kLocationFSRef:
         return FSGetCatalogInfo(&storage.ref, kFSCatInfoNone, nullptr, nullptr, &fsSpec, nullptr) == noErr;
@@ -244,7 +244,7 @@ bool TFileLocationInfo::GetAliasHandle(AliasHandle &alias) const
     FSRef ref;
     switch (kind) {
     case kLocationFSSpec:
-        return NewAlias(nullptr, &storage.spec, &alias) == noErr;
+        return NewAlias(nullptr, &storage.fsSpec, &alias) == noErr;
     case kLocationFSRef:
         return FSNewAlias(nullptr, &storage.ref, &alias) == noErr;
     case kLocationPath:
@@ -277,7 +277,7 @@ CFURLRef TFileLocationInfo::CreateCFURL() const
     }
     case kLocationFSSpec: {
         FSRef ref;
-        if (FSpMakeFSRef(&storage.spec, &ref) != noErr)
+        if (FSpMakeFSRef(&storage.fsSpec, &ref) != noErr)
             return nullptr;
         return CFURLCreateFromFSRef(nullptr, &ref);
     }
@@ -384,7 +384,7 @@ bool TFileLocationInfo::Delete() const
     FSSpec fsSpec;
     switch (kind) {
     case kLocationFSSpec:
-        return FSpDelete(&storage.spec) == noErr;
+        return FSpDelete(&storage.fsSpec) == noErr;
     case kLocationFSRef:
         return FSDeleteObject(&storage.ref) == noErr;
     default:

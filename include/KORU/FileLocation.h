@@ -100,7 +100,7 @@ public:
     LocationKind kind;
     CStr<wchar_t> path;
     union Storage {
-        FSSpec spec;
+        FSSpec fsSpec;
         FSRef ref;
         AliasHandle alias;
         CFURLRef url;

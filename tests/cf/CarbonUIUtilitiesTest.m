@@ -200,8 +200,8 @@ KT_CASE(ScrapAndEvents)
     KT_EXPECT(EventGetControlCommandID(hit) == 0x6F6B2020 && EventGetControlCommandID(NULL) == 0);
     SetControlCommandID(control, 0);
     ReleaseEvent(hit);
-    EventTypeSpec spec = EventTypeSpecMake(kEventClassKeyboard, kEventRawKeyDown);
-    KT_EXPECT(spec.eventClass == kEventClassKeyboard && spec.eventKind == kEventRawKeyDown);
+    EventTypeSpec eventType = EventTypeSpecMake(kEventClassKeyboard, kEventRawKeyDown);
+    KT_EXPECT(eventType.eventClass == kEventClassKeyboard && eventType.eventKind == kEventRawKeyDown);
 }
 
 KT_CASE(KeysAreClassified)
@@ -251,9 +251,9 @@ KT_CASE(AlertsRunModallyOrAsSheets)
 
     NSWindow *parent = KGUIMakeWindow(NSMakeRect(100, 100, 400, 300), @"Parent");
     UInt32 command = 0;
-    EventTypeSpec spec = EventTypeSpecMake(kEventClassCommand, kEventCommandProcess);
+    EventTypeSpec eventType = EventTypeSpecMake(kEventClassCommand, kEventCommandProcess);
     EventHandlerRef handler = NULL;
-    InstallEventHandler(GetApplicationEventTarget(), RecordCommand, 1, &spec, &command, &handler);
+    InstallEventHandler(GetApplicationEventTarget(), RecordCommand, 1, &eventType, &command, &handler);
     ClickInSheetWhenUp(parent, @"Discard");
     KT_EXPECT(DialogRunGenericAlert(kAlertNoteAlert, (WindowRef)parent, true, CFSTR("Save?"), NULL, false, NULL,
                                     (CFStringRef)(intptr_t)kAlertDefaultCancelText, CFSTR("Discard"), 0, 0, 0, 0,

@@ -53,7 +53,7 @@ TEST(FileLocation, AllFiveFormsConvertIntoEachOther)
     TFileLocationInfo byRef, bySpec, byURL, byAlias;
     byRef.SetFSRef(ref);
     bySpec.kind = TFileLocationInfo::kLocationFSSpec;
-    bySpec.storage.spec = fsSpec;
+    bySpec.storage.fsSpec = fsSpec;
     byURL.SetCFURL(url);
     CFRelease(url);
     EXPECT_TRUE(byAlias.SetAliasHandle(alias));

@@ -119,9 +119,9 @@ KT_CASE(SheetSendsTheButtonsCommand)
 {
     NSWindow *parent = KGUIMakeWindow(NSMakeRect(100, 100, 400, 300), @"Parent");
     UInt32 command = 0;
-    EventTypeSpec spec = {kEventClassCommand, kEventCommandProcess};
+    EventTypeSpec eventType = {kEventClassCommand, kEventCommandProcess};
     EventHandlerRef handler = NULL;
-    KT_ASSERT(InstallEventHandler(GetWindowEventTarget((WindowRef)parent), RecordCommand, 1, &spec, &command,
+    KT_ASSERT(InstallEventHandler(GetWindowEventTarget((WindowRef)parent), RecordCommand, 1, &eventType, &command,
                                   &handler) == noErr);
     AlertStdCFStringAlertParamRec param;
     GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne);
@@ -137,7 +137,7 @@ KT_CASE(SheetSendsTheButtonsCommand)
     UInt32 ownCommand = 0;
     EventTargetRef target = GetApplicationEventTarget();
     EventHandlerRef ownHandler = NULL;
-    InstallEventHandler(target, RecordCommand, 1, &spec, &ownCommand, &ownHandler);
+    InstallEventHandler(target, RecordCommand, 1, &eventType, &ownCommand, &ownHandler);
     command = 0;
     KT_ASSERT(CreateStandardSheet(kAlertNoteAlert, CFSTR("Save?"), NULL, &param, target, &sheet) == noErr);
     ClickInSheetWhenUp(parent, @"OK");
@@ -186,9 +186,9 @@ KT_CASE(ReferenceConstantsStayWithTheirWindow)
                                            backing:NSBackingStoreBuffered defer:YES];
     void *address = window;
     SetWRefCon((WindowRef)window, (SRefCon)0x1234);
-    EventTypeSpec spec = {kEventClassCommand, kEventCommandProcess};
+    EventTypeSpec eventType = {kEventClassCommand, kEventCommandProcess};
     UInt32 command = 0;
-    InstallEventHandler(GetWindowEventTarget((WindowRef)window), RecordCommand, 1, &spec, &command, NULL);
+    InstallEventHandler(GetWindowEventTarget((WindowRef)window), RecordCommand, 1, &eventType, &command, NULL);
     [window release];
     NSMutableArray *held = [NSMutableArray array];
     NSWindow *reused = nil;
