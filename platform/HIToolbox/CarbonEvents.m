@@ -3,8 +3,8 @@
 #import <AppKit/AppKit.h>
 
 #include <HIToolbox/CarbonEvents.h>
+#import "ObjectLifetimes.h"
 
-#include <objc/runtime.h>
 #include <string.h>
 #include <time.h>
 
@@ -421,39 +421,22 @@ EventTargetRef GetApplicationEventTarget(void)
 }
 @end
 
-/* And when the window is freed without being closed: NSWindow's -dealloc
- * is wrapped once to let the target go. */
-static IMP gWindowDealloc;
-
-static void WindowDeallocDroppingTarget(id self, SEL _cmd)
+/* And when the window is freed without being closed. */
+static void ForgetWindowTarget(id window)
 {
-    if (gWindowTargets != nil && NSMapGet(gWindowTargets, self) != nil) {
+    if (gWindowTargets != nil && NSMapGet(gWindowTargets, window) != nil) {
         [[NSNotificationCenter defaultCenter] removeObserver:[KORUWindowTargetJanitor class]
                                                         name:NSWindowWillCloseNotification
-                                                      object:self];
-        NSMapRemove(gWindowTargets, self);
+                                                      object:window];
+        NSMapRemove(gWindowTargets, window);
     }
-    ((void (*)(id, SEL))(void (*)(void))gWindowDealloc)(self, _cmd);
-}
-
-static void WatchWindowDeallocation(void)
-{
-    if (gWindowDealloc != NULL)
-        return;
-    Class windowClass = [NSWindow class];
-    SEL dealloc = @selector(dealloc);
-    Method inherited = class_getInstanceMethod(windowClass, dealloc);
-    gWindowDealloc = method_getImplementation(inherited);
-    IMP dropping = (IMP)(void (*)(void))WindowDeallocDroppingTarget;
-    if (!class_addMethod(windowClass, dealloc, dropping, method_getTypeEncoding(inherited)))
-        method_setImplementation(inherited, dropping);
 }
 
 EventTargetRef GetWindowEventTarget(WindowRef inWindow)
 {
     if (inWindow == NULL)
         return NULL;
-    WatchWindowDeallocation();
+    KORUForgetOnDealloc([NSWindow class], ForgetWindowTarget);
     if (gWindowTargets == nil)
         gWindowTargets = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSObjectMapValueCallBacks, 0);
     NSWindow *window = (NSWindow *)inWindow;

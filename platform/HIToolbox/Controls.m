@@ -3,11 +3,11 @@
 #import <AppKit/AppKit.h>
 
 #include <HIToolbox/ControlDefinitions.h>
+#import "ObjectLifetimes.h"
 #include <HIToolbox/HIView.h>
 #include <CoreServices/MacErrors.h>
 
 #include <math.h>
-#include <objc/runtime.h>
 #include <string.h>
 
 const HIViewID kHIViewWindowContentID = {0x77696E64 /* 'wind' */, 1};
@@ -142,36 +142,21 @@ WindowRef GetControlOwner(ControlRef inControl)
 }
 
 /* Command IDs are the toolbox's own record per view, keyed by the view's
- * address.  A view's entry goes with the view: NSView's -dealloc is wrapped
- * once, so that a later view at the same address starts without one. */
+ * address.  A view's entry goes with the view, so that a later view at the
+ * same address starts without one. */
 static NSMapTable *gCommandIDs;
-static IMP gViewDealloc;
 
-static void ViewDeallocDroppingCommandID(id self, SEL _cmd)
+static void ForgetCommandID(id view)
 {
     if (gCommandIDs != nil)
-        NSMapRemove(gCommandIDs, self);
-    ((void (*)(id, SEL))(void (*)(void))gViewDealloc)(self, _cmd);
-}
-
-static void WatchViewDeallocation(void)
-{
-    if (gViewDealloc != NULL)
-        return;
-    Class viewClass = [NSView class];
-    SEL dealloc = @selector(dealloc);
-    Method inherited = class_getInstanceMethod(viewClass, dealloc);
-    gViewDealloc = method_getImplementation(inherited);
-    IMP dropping = (IMP)(void (*)(void))ViewDeallocDroppingCommandID;
-    if (!class_addMethod(viewClass, dealloc, dropping, method_getTypeEncoding(inherited)))
-        method_setImplementation(inherited, dropping);
+        NSMapRemove(gCommandIDs, view);
 }
 
 OSStatus SetControlCommandID(ControlRef inControl, UInt32 inCommandID)
 {
     if (inControl == NULL)
         return paramErr;
-    WatchViewDeallocation();
+    KORUForgetOnDealloc([NSView class], ForgetCommandID);
     if (gCommandIDs == nil)
         gCommandIDs = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSIntegerMapValueCallBacks, 0);
     if (inCommandID == 0)

@@ -4,9 +4,9 @@
 
 #include <HIToolbox/Dialogs.h>
 #include <HIToolbox/MacWindowsExtras.h>
+#import "ObjectLifetimes.h"
 #include <CoreServices/MacErrors.h>
 
-#include <objc/runtime.h>
 #include <stdint.h>
 
 enum { kMaximumButtons = 4 };
@@ -335,33 +335,16 @@ static NSMapTable *gRefCons;
 }
 @end
 
-/* A window freed without being closed lets its entry go too: NSWindow's
- * -dealloc is wrapped once, so that a later window at the same address
- * starts without a reference constant. */
-static IMP gWindowDealloc;
-
-static void WindowDeallocDroppingRefCon(id self, SEL _cmd)
+/* A window freed without being closed lets its entry go too, so that a
+ * later window at the same address starts without a reference constant. */
+static void ForgetRefCon(id window)
 {
-    if (gRefCons != nil && NSMapGet(gRefCons, self) != NULL) {
+    if (gRefCons != nil && NSMapGet(gRefCons, window) != NULL) {
         [[NSNotificationCenter defaultCenter] removeObserver:[KORURefConJanitor class]
                                                         name:NSWindowWillCloseNotification
-                                                      object:self];
-        NSMapRemove(gRefCons, self);
+                                                      object:window];
+        NSMapRemove(gRefCons, window);
     }
-    ((void (*)(id, SEL))(void (*)(void))gWindowDealloc)(self, _cmd);
-}
-
-static void WatchWindowDeallocation(void)
-{
-    if (gWindowDealloc != NULL)
-        return;
-    Class windowClass = [NSWindow class];
-    SEL dealloc = @selector(dealloc);
-    Method inherited = class_getInstanceMethod(windowClass, dealloc);
-    gWindowDealloc = method_getImplementation(inherited);
-    IMP dropping = (IMP)(void (*)(void))WindowDeallocDroppingRefCon;
-    if (!class_addMethod(windowClass, dealloc, dropping, method_getTypeEncoding(inherited)))
-        method_setImplementation(inherited, dropping);
 }
 
 SRefCon GetWRefCon(WindowRef window)
@@ -375,7 +358,7 @@ void SetWRefCon(WindowRef window, SRefCon data)
 {
     if (window == NULL)
         return;
-    WatchWindowDeallocation();
+    KORUForgetOnDealloc([NSWindow class], ForgetRefCon);
     if (gRefCons == nil)
         gRefCons = NSCreateMapTable(NSNonOwnedPointerMapKeyCallBacks, NSNonOwnedPointerMapValueCallBacks, 0);
     if (NSMapGet(gRefCons, window) == NULL)
