@@ -198,6 +198,12 @@ static id __CFPLParse(NSData *data, CFPropertyListFormat *format, NSString **err
         return __CFPLDeserialize(wasUTF8 ? data : __CFPLXMLAsUTF8(text), &found, error);
     }
     *format = kCFPropertyListOpenStepFormat;
+    /* Foundation reads text that starts with byte 0 or 1 as its own archive
+     * form, whose counts it trusts: such text is no property list here. */
+    if ([text length] > 0 && [text characterAtIndex:0] <= 1) {
+        *error = @"Unexpected character at line 1";
+        return nil;
+    }
     result = __CFPLDeserialize([text dataUsingEncoding:NSUTF8StringEncoding], &found, error);
     if (result == nil) {
         result = __CFPLParseStringsTable(text);

@@ -101,6 +101,14 @@ KT_CASE(MalformedOrEmptyDataGivesNullAndAReason)
         KT_EXPECT_MSG(result == nil, @"case %zu parsed as %@", i, result);
         KT_EXPECT_MSG([error length] > 0, @"case %zu gave no reason", i);
     }
+    // Bytes 0 and 1 first mark Foundation's own archive form; its counts here ask for gigabytes.
+    const char *archives[] = {"\x00\x05\xe8\x00\x00", "\x01\xff\xff\xff\xff\x00\x00"};
+    for (size_t i = 0; i < sizeof archives / sizeof archives[0]; i++) {
+        NSString *error = nil;
+        id result = Parse((CFDataRef)[NSData dataWithBytes:archives[i] length:i == 0 ? 5 : 7],
+                          kCFPropertyListImmutable, &error);
+        KT_EXPECT_MSG(result == nil && [error length] > 0, @"archive %zu parsed as %@", i, result);
+    }
     KT_EXPECT(CFPropertyListCreateFromXMLData(NULL, NULL, kCFPropertyListImmutable, NULL) == NULL);
 
     CFErrorRef error = NULL;
