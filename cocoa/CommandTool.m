@@ -30,6 +30,17 @@ NSString *const CommandToolDidRunNotification = @"CommandToolDidRunNotification"
  * kill, which may come from another thread. */
 static pthread_mutex_t gTaskLock = PTHREAD_MUTEX_INITIALIZER;
 
+/* Tools killed while their run had no task yet, guarded by gTaskLock: the
+ * worker terminates the task it makes for such a tool at once. */
+static NSHashTable *gPendingKills;
+
+static NSHashTable *PendingKills(void)
+{
+    if (gPendingKills == NULL)
+        gPendingKills = NSCreateHashTable(NSNonOwnedPointerHashCallBacks, 4);
+    return gPendingKills;
+}
+
 /* Bytes read from the child per read(2): enough to empty a full pipe at once. */
 enum { kReadChunkSize = 1024 * 1024 };
 
@@ -671,6 +682,8 @@ typedef struct {
      * it go meanwhile.  A task not yet launched ends at its launch. */
     pthread_mutex_lock(&gTaskLock);
     NSTask *task = [mTask retain];
+    if (task == nil)
+        NSHashInsertIfAbsent(PendingKills(), self);
     pthread_mutex_unlock(&gTaskLock);
     [task terminate];
     [task release];
@@ -684,6 +697,11 @@ typedef struct {
      * every asynchronous run is followed by exactly one notification. */
     if (mRunCheckTimer != nil)
         [self commandToolDidRunCheckTimer:mRunCheckTimer];
+    /* A kill that came after the last run ended is not this run's. */
+    pthread_mutex_lock(&gTaskLock);
+    if (gPendingKills != NULL)
+        NSHashRemove(gPendingKills, self);
+    pthread_mutex_unlock(&gTaskLock);
     mRunning = YES;
     [mOutData setLength:0];
     [mErrData setLength:0];
@@ -714,7 +732,12 @@ typedef struct {
         NSTask *made = [[CommandToolTask alloc] init];
         pthread_mutex_lock(&gTaskLock);
         mTask = made;
+        BOOL killed = gPendingKills != NULL && NSHashGet(gPendingKills, self) != NULL;
+        if (killed)
+            NSHashRemove(gPendingKills, self);
         pthread_mutex_unlock(&gTaskLock);
+        if (killed)
+            [made terminate];
         BOOL ready = mTask != nil;
         if (ready && input != nil)
             ready = (inPipe = [[NSPipe alloc] init]) != nil;
@@ -746,6 +769,8 @@ typedef struct {
     pthread_mutex_lock(&gTaskLock);
     NSTask *task = mTask;
     mTask = nil;
+    if (gPendingKills != NULL)
+        NSHashRemove(gPendingKills, self);
     pthread_mutex_unlock(&gTaskLock);
     [task release];
     [inPipe release];

@@ -341,16 +341,25 @@ KT_CASE(AsynchronousFailureAndKillAreNotifiedToo)
 
     observer->notified = NO;
     CommandTool *sleeper = [CommandTool commandToolWithPath:@"/bin/sleep"];
-    [sleeper setArguments:[NSArray arrayWithObject:@"60"]];
+    [sleeper setArguments:[NSArray arrayWithObject:@"600"]];
+    /* A kill sent before the worker has made the task still ends the run:
+     * the child is stopped at its launch. */
     KT_EXPECT([sleeper run:YES]);
-    /* kill reaches the child once the worker has launched it. */
-    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while (!observer->notified && [limit timeIntervalSinceNow] > 0) {
-        [sleeper kill];
-        [[NSRunLoop currentRunLoop] runMode:NSDefaultRunLoopMode
-                                 beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
-    }
+    [sleeper kill];
+    RunLoopUntil(&observer->notified);
     KT_EXPECT(observer->notified && observer->object == sleeper);
+    if (!observer->notified) {
+        [sleeper kill];
+        RunLoopUntil(&observer->notified);
+    }
+
+    /* A kill between runs is not held against the next run. */
+    observer->notified = NO;
+    [sleeper kill];
+    [sleeper setArguments:[NSArray arrayWithObject:@"0"]];
+    KT_EXPECT([sleeper run:YES]);
+    RunLoopUntil(&observer->notified);
+    KT_EXPECT(observer->notified && [sleeper succeeded]);
     [[NSNotificationCenter defaultCenter] removeObserver:observer];
     [observer release];
 }
