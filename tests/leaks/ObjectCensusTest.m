@@ -5,6 +5,11 @@
 #include <KORU/KORU.h>
 #import <AppKit/AppKit.h>
 
+#include <ApplicationServices/Processes.h>
+#include <CoreServices/AppleEvents.h>
+#include <HIToolbox/CarbonEvents.h>
+#include <HIToolbox/MacWindows.h>
+
 #import "KGUI.h"
 #import "KTest.h"
 
@@ -18,6 +23,7 @@ int GSDebugAllocationCount(Class aClass);
 Class *GSDebugAllocationClassList(void);
 
 enum { kWarmUp = 5, kRounds = 60 };
+enum { kCensusClass = 0x4B4F5255, kEcho = 0x6563686F };
 
 @interface CensusDelegate : NSObject
 @end
@@ -187,6 +193,57 @@ static void TableCommands(Census *census)
     [controller release];
 }
 
+static OSStatus Handled(EventHandlerCallRef call, EventRef event, void *userData)
+{
+    (void)call, (void)event;
+    ++*(int *)userData;
+    return noErr;
+}
+
+/* Windows made in code: AppKit's interface-file loader keeps the parsed
+ * document of every file it instantiates, so windows from files would
+ * count its objects, not ours. */
+static void CarbonWindows(Census *census)
+{
+    (void)census;
+    WindowRef window = NULL;
+    Rect bounds = {100, 100, 200, 300};
+    KT_ASSERT(CreateNewWindow(kDocumentWindowClass, kWindowStandardDocumentAttributes, &bounds, &window) == noErr);
+    int calls = 0;
+    EventTypeSpec type = {kEventClassCommand, kEventCommandProcess};
+    KT_EXPECT(InstallEventHandler(GetWindowEventTarget(window), NewEventHandlerUPP(Handled), 1, &type, &calls,
+                                  NULL) == noErr);
+    EventRef event = NULL;
+    KT_EXPECT(CreateEvent(NULL, kEventClassCommand, kEventCommandProcess, 0, 0, &event) == noErr);
+    KT_EXPECT(SendEventToEventTarget(event, GetWindowEventTarget(window)) == noErr && calls == 1);
+    ReleaseEvent(event);
+    DisposeWindow(window);
+}
+
+static OSErr Echo(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
+{
+    (void)refcon;
+    char text[64] = {0};
+    Size size = 0;
+    OSErr err = AEGetParamPtr(event, keyDirectObject, typeUTF8Text, NULL, text, sizeof text - 1, &size);
+    return err != noErr ? err : AEPutParamPtr(reply, keyDirectObject, typeUTF8Text, text, size);
+}
+
+static void AppleEvents(Census *census)
+{
+    (void)census;
+    ProcessSerialNumber self = {0, kCurrentProcess};
+    AEAddressDesc target;
+    AppleEvent event, reply;
+    AECreateDesc(typeProcessSerialNumber, &self, sizeof self, &target);
+    KT_EXPECT(AECreateAppleEvent(kCensusClass, kEcho, &target, kAutoGenerateReturnID, kAnyTransactionID, &event) == noErr);
+    AEPutParamPtr(&event, keyDirectObject, typeUTF8Text, "census", 6);
+    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    AEDisposeDesc(&reply);
+    AEDisposeDesc(&event);
+    AEDisposeDesc(&target);
+}
+
 KT_CASE(FoundationPathsKeepNothing)
 {
     Census census = {nil, nil, nil};
@@ -199,6 +256,8 @@ KT_CASE(FoundationPathsKeepNothing)
     ExpectNoGrowth("command tool", Commands, &census);
     ExpectNoGrowth("path strings", PathStrings, &census);
     ExpectNoGrowth("tree walk", TreeWalk, &census);
+    KT_EXPECT(AEInstallEventHandler(kCensusClass, kEcho, NewAEEventHandlerUPP(Echo), NULL, false) == noErr);
+    ExpectNoGrowth("apple events", AppleEvents, &census);
     GSDebugAllocationActive(NO);
     [census.delegate release];
     [[NSFileManager defaultManager] removeItemAtPath:census.folder error:NULL];
@@ -220,6 +279,7 @@ KT_CASE(TableControllerKeepsNothing)
     census.delegate = [[CensusDelegate alloc] init];
     GSDebugAllocationActive(YES);
     ExpectNoGrowth("table controller", TableCommands, &census);
+    ExpectNoGrowth("carbon windows", CarbonWindows, &census);
     GSDebugAllocationActive(NO);
     [census.delegate release];
     [census.table release];
