@@ -3,7 +3,6 @@
 #include <gtest/gtest.h>
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -79,12 +78,24 @@ protected:
         mRoot = fs::canonical(pattern).string();
     }
     void TearDown() override { fs::remove_all(mRoot); }
+
+    // An application bundle whose Info.plist holds the keys given.
+    std::string MakeApp(const std::string &name, const std::string &keys)
+    {
+        const std::string app = mRoot + "/" + name + ".app";
+        fs::create_directories(app + "/Contents");
+        std::ofstream(app + "/Contents/Info.plist")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" << keys
+            << "<key>CFBundleExecutable</key><string>" << name << "</string></dict></plist>\n";
+        return app;
+    }
+
     std::string mRoot;
 };
 
 } // namespace
 
-TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumber)
+TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumberAndInFrontWithoutADisplay)
 {
     ProcessSerialNumber current, reserved = {0, kCurrentProcess};
     ASSERT_EQ(noErr, GetCurrentProcess(&current));
@@ -98,16 +109,18 @@ TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumber)
     EXPECT_EQ(getpid(), pid);
     EXPECT_EQ("ProcessesTest", NameOf(reserved));
     EXPECT_EQ(fs::canonical("/proc/self/exe").string(), BundleOf(current));
+
+    // Without a display it is also the one in front.
+    unsetenv("DISPLAY");
+    ProcessSerialNumber front = {0, kNoProcess};
+    ASSERT_EQ(noErr, GetFrontProcess(&front));
+    EXPECT_EQ(static_cast<UInt32>(getpid()), front.lowLongOfPSN);
+    EXPECT_EQ(noErr, SetFrontProcess(&reserved));
 }
 
 TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
 {
-    std::string app = mRoot + "/Sleeper.app";
-    fs::create_directories(app + "/Contents");
-    std::ofstream(app + "/Contents/Info.plist")
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-           "<key>CFBundleName</key><string>Sleepy Helper</string>"
-           "<key>CFBundleExecutable</key><string>Sleeper</string></dict></plist>\n";
+    const std::string app = MakeApp("Sleeper", "<key>CFBundleName</key><string>Sleepy Helper</string>");
     SleepingChild bundled(app + "/Contents/MacOS/Sleeper");
     SleepingChild plain(mRoot + "/plain-sleeper");
     ASSERT_NE(0, bundled.pid());
@@ -133,27 +146,6 @@ TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
     EXPECT_EQ(procNotFound, CopyProcessName(&gone, &name));
     EXPECT_EQ(nullptr, name);
     EXPECT_EQ(procNotFound, SetFrontProcess(&gone));
-}
-
-TEST_F(ProcessesTest, WithoutADisplayTheCurrentProcessIsInFront)
-{
-    unsetenv("DISPLAY");
-    ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess};
-    ASSERT_EQ(noErr, GetFrontProcess(&front));
-    EXPECT_EQ(static_cast<UInt32>(getpid()), front.lowLongOfPSN);
-    EXPECT_EQ(noErr, SetFrontProcess(&current));
-}
-
-std::string Output(const std::string &command)
-{
-    std::string text;
-    if (FILE *pipe = popen(command.c_str(), "r")) {
-        char buffer[512];
-        while (std::fgets(buffer, sizeof buffer, pipe) != nullptr)
-            text += buffer;
-        pclose(pipe);
-    }
-    return text;
 }
 
 /* An X server of the test's own; the root window plays the application
@@ -191,11 +183,10 @@ TEST_F(ProcessesTest, FrontProcessOwnsTheActiveWindow)
     setenv("DISPLAY", display, 1);
 
     SleepingChild child(mRoot + "/windowed-sleeper");
-    std::string root = Output("xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p'");
-    root = root.substr(0, root.find('\n'));
-    std::string set = "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid()) +
-                      " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW " + root +
-                      " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST " + root;
+    std::string set = "root=$(xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p') && "
+                      "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid()) +
+                      " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW $root"
+                      " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST $root";
     EXPECT_EQ(0, std::system(set.c_str())) << set;
 
     ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess}, windowed = child.number();
@@ -231,14 +222,9 @@ TEST_F(ProcessesTest, BadArgumentsAreRefused)
 
 TEST_F(ProcessesTest, InformationRecordAndDictionary)
 {
-    std::string app = mRoot + "/Info.app";
-    fs::create_directories(app + "/Contents");
-    std::ofstream(app + "/Contents/Info.plist")
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-           "<key>CFBundleName</key><string>A rather long process name over 31</string>"
-           "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
-           "<key>CFBundleSignature</key><string>INFO</string>"
-           "<key>CFBundleExecutable</key><string>Info</string></dict></plist>\n";
+    const std::string app = MakeApp("Info", "<key>CFBundleName</key><string>A rather long process name over 31</string>"
+                                            "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
+                                            "<key>CFBundleSignature</key><string>INFO</string>");
     SleepingChild child(app + "/Contents/MacOS/Info");
     ASSERT_NE(0, child.pid());
 

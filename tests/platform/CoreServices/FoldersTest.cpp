@@ -105,7 +105,7 @@ TEST_F(FoldersTest, UserFoldersFollowTheXDGSettings)
     EXPECT_EQ(home + "/.cache", Path(kUserDomain, kCachedDataFolderType, kDontCreateFolder));
 }
 
-TEST_F(FoldersTest, OtherDomainsAndTypesAndBadArguments)
+TEST_F(FoldersTest, OtherDomainsTypesRefsAndBadArguments)
 {
     EXPECT_EQ("/usr/share", Path(kSystemDomain, kApplicationSupportFolderType, kDontCreateFolder));
     Path(kSystemDomain, kDesktopFolderType, kDontCreateFolder, fnfErr);
@@ -115,10 +115,8 @@ TEST_F(FoldersTest, OtherDomainsAndTypesAndBadArguments)
     EXPECT_EQ('\0', tiny[0]);
     EXPECT_EQ(paramErr, FSFindFolderGetPath(kUserDomain, kCurrentUserFolderType, false, nullptr, 10));
     EXPECT_EQ(paramErr, FSFindFolder(kUserDomain, kCurrentUserFolderType, false, nullptr));
-}
 
-TEST_F(FoldersTest, FoundFolderComesBackAsAnFSRef)
-{
+    // As an FSRef.
     FSRef ref;
     ASSERT_EQ(noErr, FSFindFolder(kUserDomain, kDocumentsFolderType, kCreateFolder, &ref));
     UInt8 path[1024];

@@ -103,9 +103,7 @@ TEST(Iterator, OpensFoldersOnly)
     const FSRef file = RefAt(folder / "file"), ref = RefAt(folder.Path());
     EXPECT_EQ(errFSNotAFolder, FSOpenIterator(&file, kFSIterateFlat, &iterator));
     EXPECT_EQ(nullptr, iterator);
-    FSRef link;
-    ASSERT_EQ(noErr, FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>((folder / "folderlink").c_str()),
-                                              kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr));
+    const FSRef link = LinkRefAt(folder / "folderlink");
     EXPECT_EQ(errFSNotAFolder, FSOpenIterator(&link, kFSIterateFlat, &iterator));
     EXPECT_EQ(errFSBadIteratorFlags, FSOpenIterator(&ref, kFSIterateSubtree, &iterator));
     EXPECT_EQ(paramErr, FSOpenIterator(nullptr, kFSIterateFlat, &iterator));

@@ -71,10 +71,7 @@ TEST_F(LuaComponentTest, OnlyTheScriptingComponentOpens)
 
 TEST_F(LuaComponentTest, ValuesAreShownForPeople)
 {
-    struct Case {
-        const char *source;
-        const char *shown;
-    } cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"return 'say \"hi\"'", "\"say \\\"hi\\\"\""},
         {"return 10 // 3", "3"},
         {"return 10 / 4", "2.5"},
@@ -84,15 +81,14 @@ TEST_F(LuaComponentTest, ValuesAreShownForPeople)
         {"return {b = 2, a = 'one'}", "{a:\"one\", b:2}"},
         {"return true", "true"},
     };
-    for (const Case &c : cases) {
+    for (const auto &[source, shown] : cases) {
         OSAID script = kOSANullScript, value = kOSANullScript;
-        ASSERT_EQ(noErr, Compile(c.source, &script)) << c.source;
-        ASSERT_EQ(noErr, OSAExecute(component_, script, kOSANullScript, kOSAModeNull, &value)) << c.source;
-        EXPECT_EQ(c.shown, Display(value)) << c.source;
+        ASSERT_EQ(noErr, Compile(source, &script)) << source;
+        ASSERT_EQ(noErr, OSAExecute(component_, script, kOSANullScript, kOSAModeNull, &value)) << source;
+        EXPECT_EQ(shown, Display(value)) << source;
+        EXPECT_EQ(source, Display(script)); // a compiled script shows its source
         EXPECT_EQ(noErr, OSADispose(component_, value));
         EXPECT_EQ(errOSAInvalidID, OSADispose(component_, value));
-        // A compiled script shows its source.
-        EXPECT_EQ(c.source, Display(script));
         OSADispose(component_, script);
     }
 }
@@ -130,11 +126,8 @@ TEST_F(LuaComponentTest, ErrorsCarryLuasMessageAndNumber)
     ASSERT_EQ(noErr, OSAStore(component_, chunk, typeOSAGenericStorage, kOSAModeNull, &stored));
     const std::string bytes = TextOf(stored);
     AEDisposeDesc(&stored);
-    OSAID fromText = kOSANullScript;
-    AEDesc chunkText;
-    AECreateDesc(typeUTF8Text, bytes.data(), static_cast<Size>(bytes.size()), &chunkText);
-    EXPECT_EQ(errOSAScriptError, OSACompile(component_, &chunkText, kOSAModeNull, &fromText));
-    AEDisposeDesc(&chunkText);
+    OSAID fromText = 1;
+    EXPECT_EQ(errOSAScriptError, Compile(bytes, &fromText));
     EXPECT_EQ(kOSANullScript, fromText);
     EXPECT_NE(std::string::npos, ErrorMessage().find("binary chunk"));
     EXPECT_EQ(errOSAInvalidID, OSAExecute(component_, 999, kOSANullScript, kOSAModeNull, &result));
