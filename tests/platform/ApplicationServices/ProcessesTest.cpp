@@ -1,6 +1,6 @@
 #include <ApplicationServices/ApplicationServices.h>
 
-#include <gtest/gtest.h>
+#include "../CoreServices/FileTestSupport.h"
 
 #include <algorithm>
 #include <cstdlib>
@@ -43,41 +43,28 @@ std::string BundleOf(const ProcessSerialNumber &psn)
 
 /* Runs a copy of sleep under another name, so the process has an executable
  * of its own to be found by. */
-class SleepingChild {
-public:
+struct SleepingChild {
     explicit SleepingChild(const std::string &executable)
     {
         fs::create_directories(fs::path(executable).parent_path());
         fs::copy_file("/bin/sleep", executable);
         char *argv[] = {const_cast<char *>(executable.c_str()), const_cast<char *>("60"), nullptr};
-        if (posix_spawn(&mPid, executable.c_str(), nullptr, nullptr, argv, environ) != 0)
-            mPid = 0;
+        if (posix_spawn(&pid, executable.c_str(), nullptr, nullptr, argv, environ) != 0)
+            pid = 0;
     }
     ~SleepingChild() { stop(); }
     void stop()
     {
-        if (mPid == 0)
-            return;
-        kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-        mPid = 0;
+        if (pid > 0 && kill(pid, SIGKILL) == 0)
+            waitpid(pid, nullptr, 0);
+        pid = 0;
     }
-    ProcessSerialNumber number() const { return {0, static_cast<UInt32>(mPid)}; }
-    pid_t pid() const { return mPid; }
-
-private:
-    pid_t mPid = 0;
+    ProcessSerialNumber number() const { return {0, static_cast<UInt32>(pid)}; }
+    pid_t pid = 0;
 };
 
 class ProcessesTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        char pattern[] = "/tmp/ProcessesTest.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mRoot = fs::canonical(pattern).string();
-    }
-    void TearDown() override { fs::remove_all(mRoot); }
 
     // An application bundle whose Info.plist holds the keys given.
     std::string MakeApp(const std::string &name, const std::string &keys)
@@ -90,7 +77,8 @@ protected:
         return app;
     }
 
-    std::string mRoot;
+    TemporaryFolder mFolder;
+    const std::string mRoot = mFolder.Path();
 };
 
 } // namespace
@@ -123,8 +111,8 @@ TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
     const std::string app = MakeApp("Sleeper", "<key>CFBundleName</key><string>Sleepy Helper</string>");
     SleepingChild bundled(app + "/Contents/MacOS/Sleeper");
     SleepingChild plain(mRoot + "/plain-sleeper");
-    ASSERT_NE(0, bundled.pid());
-    ASSERT_NE(0, plain.pid());
+    ASSERT_NE(0, bundled.pid);
+    ASSERT_NE(0, plain.pid);
 
     EXPECT_EQ("Sleepy Helper", NameOf(bundled.number()));
     EXPECT_EQ(app, BundleOf(bundled.number()));
@@ -137,7 +125,7 @@ TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
     while (GetNextProcess(&psn) == noErr)
         seen.push_back(static_cast<pid_t>(psn.lowLongOfPSN));
     EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-    for (pid_t pid : {getpid(), bundled.pid(), plain.pid()})
+    for (pid_t pid : {getpid(), bundled.pid, plain.pid})
         EXPECT_NE(seen.end(), std::find(seen.begin(), seen.end(), pid)) << pid;
 
     ProcessSerialNumber gone = plain.number();
@@ -184,14 +172,14 @@ TEST_F(ProcessesTest, FrontProcessOwnsTheActiveWindow)
 
     SleepingChild child(mRoot + "/windowed-sleeper");
     std::string set = "root=$(xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p') && "
-                      "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid()) +
+                      "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid) +
                       " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW $root"
                       " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST $root";
     EXPECT_EQ(0, std::system(set.c_str())) << set;
 
     ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess}, windowed = child.number();
     EXPECT_EQ(noErr, GetFrontProcess(&front));
-    EXPECT_EQ(static_cast<UInt32>(child.pid()), front.lowLongOfPSN);
+    EXPECT_EQ(static_cast<UInt32>(child.pid), front.lowLongOfPSN);
     EXPECT_EQ("windowed-sleeper", NameOf(front));
     EXPECT_EQ(noErr, SetFrontProcess(&windowed));
     EXPECT_EQ(procNotFound, SetFrontProcess(&current)); // this process has no window
@@ -226,7 +214,7 @@ TEST_F(ProcessesTest, InformationRecordAndDictionary)
                                             "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
                                             "<key>CFBundleSignature</key><string>INFO</string>");
     SleepingChild child(app + "/Contents/MacOS/Info");
-    ASSERT_NE(0, child.pid());
+    ASSERT_NE(0, child.pid);
 
     ProcessSerialNumber psn = child.number();
     ProcessInfoRec info{};
@@ -261,7 +249,7 @@ TEST_F(ProcessesTest, InformationRecordAndDictionary)
     long long pid = 0;
     CFNumberGetValue(static_cast<CFNumberRef>(CFDictionaryGetValue(dictionary, CFSTR("pid"))),
                      kCFNumberLongLongType, &pid);
-    EXPECT_EQ(child.pid(), pid);
+    EXPECT_EQ(child.pid, pid);
     EXPECT_EQ(kCFBooleanFalse, CFDictionaryGetValue(dictionary, CFSTR("LSBackgroundOnly")));
     CFRelease(dictionary);
 

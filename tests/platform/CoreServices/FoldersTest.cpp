@@ -1,6 +1,6 @@
 #include <CoreServices/CoreServices.h>
 
-#include <gtest/gtest.h>
+#include "FileTestSupport.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -19,9 +19,6 @@ class FoldersTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/FoldersTest.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mRoot = pattern;
         fs::create_directories(mRoot + "/home");
         fs::create_directories(mRoot + "/tmp");
         setenv("HOME", (mRoot + "/home").c_str(), 1);
@@ -29,7 +26,6 @@ protected:
         for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
             unsetenv(name);
     }
-    void TearDown() override { fs::remove_all(mRoot); }
 
     std::string Path(SInt16 domain, OSType type, Boolean create, OSErr expected = noErr)
     {
@@ -40,7 +36,8 @@ protected:
 
     std::string PrivateTemp() const { return mRoot + "/tmp/koru-" + std::to_string(geteuid()); }
 
-    std::string mRoot;
+    TemporaryFolder mFolder;
+    const std::string mRoot = mFolder.Path();
 };
 
 mode_t ModeOf(const std::string &path)

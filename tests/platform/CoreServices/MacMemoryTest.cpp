@@ -8,7 +8,7 @@
 
 namespace {
 
-TEST(MacMemory, HandlesKeepTheirBytesAcrossResizing)
+TEST(MacMemory, HandlesKeepTheirBytesAndRefuseBadArguments)
 {
     Handle h = NewHandle(4);
     ASSERT_NE(nullptr, h);
@@ -37,10 +37,8 @@ TEST(MacMemory, HandlesKeepTheirBytesAcrossResizing)
     EXPECT_EQ(std::string(10, '\0'), std::string(p, 10));
     EXPECT_EQ(10, GetPtrSize(p));
     DisposePtr(p);
-}
 
-TEST(MacMemory, BadArgumentsAreReportedNotFollowed)
-{
+    // Bad arguments are reported, not followed.
     EXPECT_EQ(nullptr, NewHandle(-1));
     EXPECT_EQ(memFullErr, MemError());
     EXPECT_EQ(0, GetHandleSize(nullptr));
@@ -48,9 +46,9 @@ TEST(MacMemory, BadArgumentsAreReportedNotFollowed)
     SetHandleSize(nullptr, 10);
     DisposeHandle(nullptr);
     EXPECT_EQ(nilHandleErr, MemError());
-    Handle h = nullptr;
-    EXPECT_EQ(paramErr, PtrToHand(nullptr, &h, 5));
-    EXPECT_EQ(nullptr, h);
+    Handle none = nullptr;
+    EXPECT_EQ(paramErr, PtrToHand(nullptr, &none, 5));
+    EXPECT_EQ(nullptr, none);
     EXPECT_EQ(paramErr, HandToHand(nullptr));
     DisposePtr(nullptr);
 }

@@ -48,22 +48,16 @@ std::string MacFork(const std::vector<std::tuple<ResType, SInt16, std::string, s
         byType[std::get<0>(resources[k])].push_back(k);
     std::string data, refs, names, typeList;
     AppendBE16(typeList, static_cast<UInt16>(byType.size() - 1));
-    size_t refOffset = 2 + byType.size() * 8;
     for (auto &[type, indexes] : byType) {
         AppendBE32(typeList, type);
         AppendBE16(typeList, static_cast<UInt16>(indexes.size() - 1));
-        AppendBE16(typeList, static_cast<UInt16>(refOffset + refs.size()));
+        AppendBE16(typeList, static_cast<UInt16>(2 + byType.size() * 8 + refs.size()));
         for (size_t k : indexes) {
             const auto &[unused, id, name, bytes] = resources[k];
             (void)unused;
             AppendBE16(refs, static_cast<UInt16>(id));
-            if (name.empty()) {
-                AppendBE16(refs, 0xFFFF);
-            } else {
-                AppendBE16(refs, static_cast<UInt16>(names.size()));
-                names += static_cast<char>(name.size());
-                names += name;
-            }
+            AppendBE16(refs, name.empty() ? 0xFFFF : static_cast<UInt16>(names.size()));
+            names += name.empty() ? "" : static_cast<char>(name.size()) + name;
             AppendBE32(refs, static_cast<UInt32>(data.size())); // no attributes, 24-bit offset
             AppendBE32(refs, 0);
             AppendBE32(data, static_cast<UInt32>(bytes.size()));
@@ -71,13 +65,9 @@ std::string MacFork(const std::vector<std::tuple<ResType, SInt16, std::string, s
         }
     }
     std::string header;
-    const UInt32 mapLength = static_cast<UInt32>(28 + typeList.size() + refs.size() + names.size());
-    AppendBE32(header, 256);
-    AppendBE32(header, static_cast<UInt32>(256 + data.size()));
-    AppendBE32(header, static_cast<UInt32>(data.size()));
-    AppendBE32(header, mapLength);
-    std::string fork = header + std::string(240, '\0') + data + header;
-    fork += std::string(8, '\0'); // handle, file number, attributes
+    for (size_t field : {size_t(256), 256 + data.size(), data.size(), 28 + typeList.size() + refs.size() + names.size()})
+        AppendBE32(header, static_cast<UInt32>(field));
+    std::string fork = header + std::string(240, '\0') + data + header + std::string(8, '\0'); // + handle, file, attributes
     AppendBE16(fork, 28);
     AppendBE16(fork, static_cast<UInt16>(28 + typeList.size() + refs.size()));
     return fork + typeList + refs + names;

@@ -1,13 +1,6 @@
 #include <SystemConfiguration/SystemConfiguration.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdlib>
-#include <filesystem>
-#include <fstream>
-#include <string>
-
-namespace fs = std::filesystem;
+#include "../CoreServices/FileTestSupport.h"
 
 namespace {
 
@@ -64,24 +57,21 @@ std::string Part(const std::string &name)
 
 class ProxySettings : public ::testing::Test {
 protected:
-    std::string folder;
+    TemporaryFolder temporary;
+    const std::string folder = temporary.Path();
 
     void SetUp() override
     {
         for (const char *name : {"http_proxy", "HTTP_PROXY", "https_proxy", "HTTPS_PROXY", "all_proxy", "ALL_PROXY",
                                  "no_proxy", "NO_PROXY", "XDG_CURRENT_DESKTOP", "XDG_CONFIG_HOME", "GSETTINGS_BACKEND"})
             unsetenv(name);
-        char pattern[] = "/tmp/ProxySettingsTest.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        folder = pattern;
     }
-    void TearDown() override { fs::remove_all(folder); }
 
     void WriteKioslaverc(const std::string &text)
     {
         setenv("XDG_CURRENT_DESKTOP", "KDE", 1);
         setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
-        std::ofstream(folder + "/kioslaverc") << text;
+        WriteFile(folder + "/kioslaverc", text);
     }
 };
 
@@ -141,14 +131,15 @@ TEST_F(ProxySettings, GNOMEsManualSettingsComeThroughGSettings)
     setenv("XDG_CURRENT_DESKTOP", "ubuntu:GNOME", 1);
     setenv("XDG_CONFIG_HOME", folder.c_str(), 1);
     setenv("GSETTINGS_BACKEND", "keyfile", 1);
-    fs::create_directories(folder + "/glib-2.0/settings");
-    std::string keyfile = folder + "/glib-2.0/settings/keyfile";
-    std::ofstream(keyfile) << "[system/proxy]\nmode='manual'\nignore-hosts=['localhost', '10.0.0.0/8', '*.lan']\n\n"
+    mkdir((folder + "/glib-2.0").c_str(), 0700);
+    mkdir((folder + "/glib-2.0/settings").c_str(), 0700);
+    const std::string keyfile = folder + "/glib-2.0/settings/keyfile";
+    WriteFile(keyfile, "[system/proxy]\nmode='manual'\nignore-hosts=['localhost', '10.0.0.0/8', '*.lan']\n\n"
                               "[system/proxy/http]\nhost='gnome.example'\nport=3128\n\n"
-                              "[system/proxy/https]\nhost='gnometls.example'\nport=8443\n";
+                              "[system/proxy/https]\nhost='gnometls.example'\nport=8443\n");
     EXPECT_EQ("http=1,gnome.example:3128 https=1,gnometls.example:8443 except=localhost|10.0.0.0/8|*.lan", Proxies());
 
-    std::ofstream(keyfile) << "[system/proxy]\nmode='none'\n\n[system/proxy/http]\nhost='gnome.example'\nport=3128\n";
+    WriteFile(keyfile, "[system/proxy]\nmode='none'\n\n[system/proxy/http]\nhost='gnome.example'\nport=3128\n");
     setenv("http_proxy", "env.example:1", 1); // GNOME's own settings win over the environment
     EXPECT_EQ("- -", Part("http") + " " + Part("https"));
 }
