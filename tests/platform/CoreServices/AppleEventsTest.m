@@ -122,15 +122,28 @@ static BOOL AnsweredOnce(AEReturnID returnID, NSString *text)
     return gAnswers == 1 && gAnswerReturnID == returnID && [gAnswerText isEqual:text];
 }
 
+/* Sends an event of the test class to pid, text as its direct object when
+ * given; the reply, when asked for, is the caller's to dispose of. */
+static OSErr Send(pid_t pid, AEEventID eventID, const char *text, AESendMode mode, long timeout, AppleEvent *reply,
+                  AEReturnID *returnID)
+{
+    AppleEvent event;
+    OSErr err = MakeEvent(pid, eventID, text, &event);
+    if (returnID != NULL)
+        *returnID = ReturnIDOf(&event);
+    if (err == noErr)
+        err = AESend(&event, reply, mode, kAENormalPriority, timeout, NULL, NULL);
+    AEDisposeDesc(&event);
+    return err;
+}
+
 static OSErr SendEcho(pid_t pid, const char *text, AESendMode mode, NSString **answer)
 {
-    AppleEvent event, reply;
-    MakeEvent(pid, kEcho, text, &event);
-    OSErr err = AESend(&event, &reply, mode, kAENormalPriority, 30 * 60, NULL, NULL);
+    AppleEvent reply = {typeNull, NULL};
+    OSErr err = Send(pid, kEcho, text, mode, 30 * 60, &reply, NULL);
     if (answer != NULL)
         *answer = err == noErr ? DirectText(&reply) : nil;
     AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
     return err;
 }
 
@@ -140,8 +153,7 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     pid_t peer = StartPeer(record);
     KT_ASSERT(peer > 0);
 
-    /* Waiting: the handler's effect and its reply.  (Queued replies from
-     * another process are the next case's.) */
+    /* Waiting: the handler's effect and its reply (queued: the next case). */
     NSString *answer = nil;
     OSErr err = SendEcho(peer, "hello", kAEWaitReply, &answer);
     KT_EXPECT_MSG(err == noErr, @"%d", err);
@@ -149,44 +161,34 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
     KT_EXPECT([Contents(record) rangeOfString:@"echo hello\n"].location != NSNotFound);
 
     /* No reply: the send returns a null reply and the handler still runs. */
-    AppleEvent event, reply;
-    MakeEvent(peer, kEcho, "quiet", &event);
-    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    AppleEvent reply;
+    KT_EXPECT(Send(peer, kEcho, "quiet", kAENoReply, kAEDefaultTimeout, &reply, NULL) == noErr);
     KT_EXPECT(reply.descriptorType == typeNull);
     KT_EXPECT(WaitForLine(record, @"echo quiet"));
-    AEDisposeDesc(&event);
 
     /* An event the peer has no handler for. */
-    MakeEvent(peer, kNone, NULL, &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30 * 60, NULL, NULL) == errAEEventNotHandled);
+    KT_EXPECT(Send(peer, kNone, NULL, kAEWaitReply, 30 * 60, &reply, NULL) == errAEEventNotHandled);
     SInt32 number = 0;
     KT_EXPECT(AEGetParamPtr(&reply, keyErrorNumber, typeSInt32, NULL, &number, sizeof number, NULL) == noErr);
     KT_EXPECT(number == errAEEventNotHandled);
     AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
 
     /* Once the peer has ended, it is not found. */
-    MakeEvent(peer, kStop, NULL, &event);
-    KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(Send(peer, kStop, NULL, kAENoReply, kAEDefaultTimeout, NULL, NULL) == noErr);
     int status = 0;
     KT_EXPECT(waitpid(peer, &status, 0) == peer && WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == procNotFound);
-    AEDisposeDesc(&event);
+    KT_EXPECT(Send(peer, kStop, NULL, kAEWaitReply, 60, &reply, NULL) == procNotFound);
 
     /* A handler that never answers: the wait ends with the time-out. */
     peer = StartPeer(record);
-    MakeEvent(peer, kHang, NULL, &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30, NULL, NULL) == errAETimeout);
+    KT_EXPECT(Send(peer, kHang, NULL, kAEWaitReply, 30, &reply, NULL) == errAETimeout);
     KT_EXPECT(reply.descriptorType == typeNull);
-    AEDisposeDesc(&event);
     Stop(peer);
 
     /* A live process that publishes no port. */
     char *sleepArgs[] = {"sleep", "60", NULL};
     pid_t sleeper = Spawn("/bin/sleep", sleepArgs);
-    MakeEvent(sleeper, kEcho, "anyone?", &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == connectionInvalid);
-    AEDisposeDesc(&event);
+    KT_EXPECT(Send(sleeper, kEcho, "anyone?", kAEWaitReply, 60, &reply, NULL) == connectionInvalid);
     Stop(sleeper);
 
     RemoveItem(folder);
@@ -203,11 +205,9 @@ KT_CASE(AQueuedReplyDoesNotWaitForTheSendersRunLoop)
     gAnswers = 0;
     KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
 
-    AppleEvent event, reply;
-    MakeEvent(peer, kEcho, "unattended", &event);
-    AEReturnID returnID = ReturnIDOf(&event);
-    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
-    AEDisposeDesc(&event);
+    AppleEvent reply;
+    AEReturnID returnID = 0;
+    KT_EXPECT(Send(peer, kEcho, "unattended", kAEQueueReply, kAEDefaultTimeout, &reply, &returnID) == noErr);
     /* Polled without a run loop, for at most 30 s. */
     BOOL peerFree = NO;
     for (int i = 0; i < 600 && !peerFree; i++) {
@@ -247,27 +247,23 @@ KT_CASE(EventsToTheCurrentProcessKeepTheReplyModes)
     KT_EXPECT(SendEcho(getpid(), "now", kAEWaitReply, &answer) == noErr);
     KT_EXPECT(gEchoes == 1);
     KT_EXPECT_EQUAL_OBJECTS(answer, @"NOW");
-    AppleEvent event, reply;
 
     /* Queued: handled inside the send, a null reply at once, the answer
      * later as an 'aevt'/'ansr' event on the run loop. */
-    MakeEvent(getpid(), kEcho, "later", &event);
-    AEReturnID returnID = ReturnIDOf(&event);
-    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    AppleEvent reply;
+    AEReturnID returnID = 0;
+    KT_EXPECT(Send(getpid(), kEcho, "later", kAEQueueReply, kAEDefaultTimeout, &reply, &returnID) == noErr);
     KT_EXPECT(gEchoes == 2);
     KT_EXPECT(reply.descriptorType == typeNull && reply.dataHandle == NULL);
     KT_EXPECT(gAnswers == 0);
     KT_EXPECT_MSG(AnsweredOnce(returnID, @"LATER"), @"%d answers, last %@", gAnswers, gAnswerText);
-    AEDisposeDesc(&event);
 
     /* No reply: handled, nothing comes back. */
-    MakeEvent(getpid(), kEcho, "never", &event);
-    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(Send(getpid(), kEcho, "never", kAENoReply, kAEDefaultTimeout, &reply, NULL) == noErr);
     KT_EXPECT(gEchoes == 3);
     KT_EXPECT(reply.descriptorType == typeNull);
     [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.2]];
     KT_EXPECT(gAnswers == 1);
-    AEDisposeDesc(&event);
 
     AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
     AERemoveEventHandler(kTestClass, kEcho, Echo, false);
@@ -305,11 +301,7 @@ KT_CASE(SystemProcessEventsGoToTheLoginManager)
     ProcessSerialNumber system = {0, kSystemProcess};
     AEAddressDesc target;
     AECreateDesc(typeProcessSerialNumber, &system, sizeof system, &target);
-    struct {
-        AEEventID eventID;
-        AESendMode mode;
-        NSString *line;
-    } cases[] = {
+    struct { AEEventID eventID; AESendMode mode; NSString *line; } cases[] = {
         {kAERestart, kAENoReply, @"Reboot false"},
         {kAEShutDown, kAENoReply, @"PowerOff false"},
         {kAESleep, kAENoReply, @"Suspend false"},
@@ -331,9 +323,7 @@ KT_CASE(SystemProcessEventsGoToTheLoginManager)
     KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, 60, NULL, NULL) == errAEEventNotHandled);
     AEDisposeDesc(&event);
     AEDisposeDesc(&target);
-
     unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-
     Stop(standIn);
     kill(daemonPid, SIGTERM);
     [daemon waitUntilExit];
