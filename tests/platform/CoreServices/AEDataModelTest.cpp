@@ -47,6 +47,7 @@ TEST(AEDataModelTest, DescriptorsKeepTheirOwnCopyAndRefuseBadArguments)
     ASSERT_EQ(noErr, AECreateDesc(typeNull, nullptr, 0, &desc));
     EXPECT_EQ(0, AEGetDescDataSize(&desc));
     EXPECT_EQ(noErr, AEGetDescData(&desc, out, sizeof out));
+    AEDisposeDesc(&desc);
     EXPECT_EQ(paramErr, AECreateDesc(typeChar, nullptr, 4, &desc));
     EXPECT_EQ(static_cast<DescType>(typeNull), desc.descriptorType);
     EXPECT_EQ(paramErr, AECreateDesc(typeChar, "x", -1, &desc));

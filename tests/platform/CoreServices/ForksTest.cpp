@@ -37,18 +37,6 @@ std::string ReadAll(const FSRef &ref, const ForkName &fork)
     return status == noErr && actual == bytes.size() ? bytes : "<short>";
 }
 
-TEST(Forks, EveryFileHasAnEmptyResourceForkWithoutCompanion)
-{
-    TemporaryFolder folder;
-    WriteFile(folder / "plain", "data bytes");
-    const FSRef ref = RefAt(folder / "plain");
-    EXPECT_EQ("", ReadAll(ref, ResourceFork()));
-    EXPECT_EQ("data bytes", ReadAll(ref, kDataFork));
-    EXPECT_EQ(noErr, FSCreateFork(&ref, ResourceFork().size(), ResourceFork().data()));
-    EXPECT_EQ(errFSForkExists, FSCreateFork(&ref, 0, nullptr));
-    EXPECT_FALSE(Exists(folder / "._plain")); // opening and reading made no companion
-}
-
 TEST(Forks, ResourceForkIsEntryTwoOfTheCompanionAndGoesWhenEmpty)
 {
     TemporaryFolder folder;
@@ -147,11 +135,17 @@ TEST(Forks, NetatalkResourceForkReadsWhenThereIsNoCompanion)
     EXPECT_EQ("from netatalk!", ReadAll(ref, ResourceFork()));
 }
 
-TEST(Forks, DataForkIsTheFile)
+TEST(Forks, DataForkIsTheFileAndEveryFileHasAnEmptyResourceFork)
 {
     TemporaryFolder folder;
     WriteFile(folder / "data", "0123456789");
     const FSRef ref = RefAt(folder / "data");
+    EXPECT_EQ("", ReadAll(ref, ResourceFork()));
+    EXPECT_EQ("0123456789", ReadAll(ref, kDataFork));
+    EXPECT_EQ(noErr, FSCreateFork(&ref, ResourceFork().size(), ResourceFork().data()));
+    EXPECT_EQ(errFSForkExists, FSCreateFork(&ref, 0, nullptr));
+    EXPECT_FALSE(Exists(folder / "._data")); // opening and reading made no companion
+
     FSIORefNum refNum = 0;
     ASSERT_EQ(noErr, Open(ref, kDataFork, fsRdWrPerm, refNum));
     ASSERT_EQ(noErr, FSWriteFork(refNum, fsFromLEOF, 0, 3, "abc", nullptr));
