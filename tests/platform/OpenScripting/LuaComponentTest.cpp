@@ -147,8 +147,10 @@ TEST_F(LuaComponentTest, StoredScriptsLoadAndHandleEvents)
     ASSERT_EQ(noErr, OSALoad(component_, &stored, kOSAModeNull, &loaded));
     AEDisposeDesc(&stored);
 
-    AppleEvent tick;
+    AppleEvent tick, quit, open;
     AECreateAppleEvent(0x4B4F5255, 0x7469636B, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &tick);
+    AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &quit);
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &open);
     SInt32 step = 5;
     AEPutParamPtr(&tick, keyDirectObject, typeSInt32, &step, sizeof step);
     OSAID value = kOSANullScript;
@@ -158,12 +160,8 @@ TEST_F(LuaComponentTest, StoredScriptsLoadAndHandleEvents)
         EXPECT_EQ("5", Display(value));
         OSADispose(component_, value);
     }
-    AppleEvent quit;
-    AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &quit);
     ASSERT_EQ(noErr, OSAExecuteEvent(component_, &quit, loaded, kOSAModeNull, &value));
     EXPECT_EQ("\"bye\"", Display(value));
-    AppleEvent open;
-    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &open);
     EXPECT_EQ(errAEEventNotHandled, OSAExecuteEvent(component_, &open, loaded, kOSAModeNull, &value));
     EXPECT_EQ(kOSANullScript, value);
     EXPECT_EQ(errAENotAppleEvent, OSAExecuteEvent(component_, &stored, loaded, kOSAModeNull, &value));
