@@ -1,9 +1,8 @@
 #include <ApplicationServices/ApplicationServices.h>
 
-#include <gtest/gtest.h>
+#include "../CoreServices/FileTestSupport.h"
 
 #include <algorithm>
-#include <cstdio>
 #include <cstdlib>
 #include <cstring>
 #include <filesystem>
@@ -36,55 +35,52 @@ std::string NameOf(const ProcessSerialNumber &psn)
 std::string BundleOf(const ProcessSerialNumber &psn)
 {
     FSRef ref;
-    UInt8 path[1024];
-    if (GetProcessBundleLocation(&psn, &ref) != noErr || FSRefMakePath(&ref, path, sizeof path) != noErr)
-        return "<none>";
-    return reinterpret_cast<char *>(path);
+    return GetProcessBundleLocation(&psn, &ref) == noErr ? PathOf(ref) : "<none>";
 }
 
 /* Runs a copy of sleep under another name, so the process has an executable
  * of its own to be found by. */
-class SleepingChild {
-public:
+struct SleepingChild {
     explicit SleepingChild(const std::string &executable)
     {
         fs::create_directories(fs::path(executable).parent_path());
         fs::copy_file("/bin/sleep", executable);
         char *argv[] = {const_cast<char *>(executable.c_str()), const_cast<char *>("60"), nullptr};
-        if (posix_spawn(&mPid, executable.c_str(), nullptr, nullptr, argv, environ) != 0)
-            mPid = 0;
+        if (posix_spawn(&pid, executable.c_str(), nullptr, nullptr, argv, environ) != 0)
+            pid = 0;
     }
     ~SleepingChild() { stop(); }
     void stop()
     {
-        if (mPid == 0)
-            return;
-        kill(mPid, SIGKILL);
-        waitpid(mPid, nullptr, 0);
-        mPid = 0;
+        if (pid > 0 && kill(pid, SIGKILL) == 0)
+            waitpid(pid, nullptr, 0);
+        pid = 0;
     }
-    ProcessSerialNumber number() const { return {0, static_cast<UInt32>(mPid)}; }
-    pid_t pid() const { return mPid; }
-
-private:
-    pid_t mPid = 0;
+    ProcessSerialNumber number() const { return {0, static_cast<UInt32>(pid)}; }
+    pid_t pid = 0;
 };
 
 class ProcessesTest : public ::testing::Test {
 protected:
-    void SetUp() override
+
+    // An application bundle whose Info.plist holds the keys given.
+    std::string MakeApp(const std::string &name, const std::string &keys)
     {
-        char pattern[] = "/tmp/ProcessesTest.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mRoot = fs::canonical(pattern).string();
+        const std::string app = mRoot + "/" + name + ".app";
+        fs::create_directories(app + "/Contents");
+        std::ofstream(app + "/Contents/Info.plist")
+            << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>" << keys
+            << "<key>CFBundleExecutable</key><string>" << name << "</string></dict></plist>\n";
+        return app;
     }
-    void TearDown() override { fs::remove_all(mRoot); }
-    std::string mRoot;
+
+    TemporaryFolder mFolder;
+    const std::string mRoot = mFolder.Path();
 };
 
 } // namespace
 
-TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumber)
+TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumberAndInFrontWithoutADisplay)
 {
     ProcessSerialNumber current, reserved = {0, kCurrentProcess};
     ASSERT_EQ(noErr, GetCurrentProcess(&current));
@@ -98,20 +94,22 @@ TEST_F(ProcessesTest, CurrentProcessIsTheCallerUnderEitherNumber)
     EXPECT_EQ(getpid(), pid);
     EXPECT_EQ("ProcessesTest", NameOf(reserved));
     EXPECT_EQ(fs::canonical("/proc/self/exe").string(), BundleOf(current));
+
+    // Without a display it is also the one in front.
+    unsetenv("DISPLAY");
+    ProcessSerialNumber front = {0, kNoProcess};
+    ASSERT_EQ(noErr, GetFrontProcess(&front));
+    EXPECT_EQ(static_cast<UInt32>(getpid()), front.lowLongOfPSN);
+    EXPECT_EQ(noErr, SetFrontProcess(&reserved));
 }
 
 TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
 {
-    std::string app = mRoot + "/Sleeper.app";
-    fs::create_directories(app + "/Contents");
-    std::ofstream(app + "/Contents/Info.plist")
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-           "<key>CFBundleName</key><string>Sleepy Helper</string>"
-           "<key>CFBundleExecutable</key><string>Sleeper</string></dict></plist>\n";
+    const std::string app = MakeApp("Sleeper", "<key>CFBundleName</key><string>Sleepy Helper</string>");
     SleepingChild bundled(app + "/Contents/MacOS/Sleeper");
     SleepingChild plain(mRoot + "/plain-sleeper");
-    ASSERT_NE(0, bundled.pid());
-    ASSERT_NE(0, plain.pid());
+    ASSERT_NE(0, bundled.pid);
+    ASSERT_NE(0, plain.pid);
 
     EXPECT_EQ("Sleepy Helper", NameOf(bundled.number()));
     EXPECT_EQ(app, BundleOf(bundled.number()));
@@ -124,7 +122,7 @@ TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
     while (GetNextProcess(&psn) == noErr)
         seen.push_back(static_cast<pid_t>(psn.lowLongOfPSN));
     EXPECT_TRUE(std::is_sorted(seen.begin(), seen.end()));
-    for (pid_t pid : {getpid(), bundled.pid(), plain.pid()})
+    for (pid_t pid : {getpid(), bundled.pid, plain.pid})
         EXPECT_NE(seen.end(), std::find(seen.begin(), seen.end(), pid)) << pid;
 
     ProcessSerialNumber gone = plain.number();
@@ -133,27 +131,6 @@ TEST_F(ProcessesTest, NamesAndLocationsComeFromTheBundleAroundTheExecutable)
     EXPECT_EQ(procNotFound, CopyProcessName(&gone, &name));
     EXPECT_EQ(nullptr, name);
     EXPECT_EQ(procNotFound, SetFrontProcess(&gone));
-}
-
-TEST_F(ProcessesTest, WithoutADisplayTheCurrentProcessIsInFront)
-{
-    unsetenv("DISPLAY");
-    ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess};
-    ASSERT_EQ(noErr, GetFrontProcess(&front));
-    EXPECT_EQ(static_cast<UInt32>(getpid()), front.lowLongOfPSN);
-    EXPECT_EQ(noErr, SetFrontProcess(&current));
-}
-
-std::string Output(const std::string &command)
-{
-    std::string text;
-    if (FILE *pipe = popen(command.c_str(), "r")) {
-        char buffer[512];
-        while (std::fgets(buffer, sizeof buffer, pipe) != nullptr)
-            text += buffer;
-        pclose(pipe);
-    }
-    return text;
 }
 
 /* An X server of the test's own; the root window plays the application
@@ -191,16 +168,15 @@ TEST_F(ProcessesTest, FrontProcessOwnsTheActiveWindow)
     setenv("DISPLAY", display, 1);
 
     SleepingChild child(mRoot + "/windowed-sleeper");
-    std::string root = Output("xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p'");
-    root = root.substr(0, root.find('\n'));
-    std::string set = "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid()) +
-                      " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW " + root +
-                      " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST " + root;
+    std::string set = "root=$(xwininfo -root | sed -n 's/.*Window id: \\(0x[0-9a-f]*\\).*/\\1/p') && "
+                      "xprop -root -f _NET_WM_PID 32c -set _NET_WM_PID " + std::to_string(child.pid) +
+                      " && xprop -root -f _NET_ACTIVE_WINDOW 32c -set _NET_ACTIVE_WINDOW $root"
+                      " && xprop -root -f _NET_CLIENT_LIST 32c -set _NET_CLIENT_LIST $root";
     EXPECT_EQ(0, std::system(set.c_str())) << set;
 
     ProcessSerialNumber front = {0, kNoProcess}, current = {0, kCurrentProcess}, windowed = child.number();
     EXPECT_EQ(noErr, GetFrontProcess(&front));
-    EXPECT_EQ(static_cast<UInt32>(child.pid()), front.lowLongOfPSN);
+    EXPECT_EQ(static_cast<UInt32>(child.pid), front.lowLongOfPSN);
     EXPECT_EQ("windowed-sleeper", NameOf(front));
     EXPECT_EQ(noErr, SetFrontProcess(&windowed));
     EXPECT_EQ(procNotFound, SetFrontProcess(&current)); // this process has no window
@@ -231,16 +207,11 @@ TEST_F(ProcessesTest, BadArgumentsAreRefused)
 
 TEST_F(ProcessesTest, InformationRecordAndDictionary)
 {
-    std::string app = mRoot + "/Info.app";
-    fs::create_directories(app + "/Contents");
-    std::ofstream(app + "/Contents/Info.plist")
-        << "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
-           "<key>CFBundleName</key><string>A rather long process name over 31</string>"
-           "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
-           "<key>CFBundleSignature</key><string>INFO</string>"
-           "<key>CFBundleExecutable</key><string>Info</string></dict></plist>\n";
+    const std::string app = MakeApp("Info", "<key>CFBundleName</key><string>A rather long process name over 31</string>"
+                                            "<key>CFBundleIdentifier</key><string>org.koru.info</string>"
+                                            "<key>CFBundleSignature</key><string>INFO</string>");
     SleepingChild child(app + "/Contents/MacOS/Info");
-    ASSERT_NE(0, child.pid());
+    ASSERT_NE(0, child.pid);
 
     ProcessSerialNumber psn = child.number();
     ProcessInfoRec info{};
@@ -251,13 +222,10 @@ TEST_F(ProcessesTest, InformationRecordAndDictionary)
     info.processAppRef = &location;
     ASSERT_EQ(noErr, GetProcessInformation(&psn, &info));
     EXPECT_EQ("A rather long process name over", std::string(reinterpret_cast<char *>(name + 1), name[0]));
-    EXPECT_EQ(psn.lowLongOfPSN, info.processNumber.lowLongOfPSN);
     EXPECT_EQ(0x4150504Cu, info.processType);      // 'APPL'
     EXPECT_EQ(0x494E464Fu, info.processSignature); // 'INFO'
     EXPECT_EQ(static_cast<UInt32>(getpid()), info.processLauncher.lowLongOfPSN);
-    UInt8 path[1024];
-    ASSERT_EQ(noErr, FSRefMakePath(&location, path, sizeof path));
-    EXPECT_EQ(app, reinterpret_cast<char *>(path));
+    EXPECT_EQ(app, PathOf(location));
 
     CFDictionaryRef dictionary = ProcessInformationCopyDictionary(&psn, kProcessDictionaryIncludeAllInformationMask);
     ASSERT_NE(nullptr, dictionary);
@@ -275,7 +243,7 @@ TEST_F(ProcessesTest, InformationRecordAndDictionary)
     long long pid = 0;
     CFNumberGetValue(static_cast<CFNumberRef>(CFDictionaryGetValue(dictionary, CFSTR("pid"))),
                      kCFNumberLongLongType, &pid);
-    EXPECT_EQ(child.pid(), pid);
+    EXPECT_EQ(child.pid, pid);
     EXPECT_EQ(kCFBooleanFalse, CFDictionaryGetValue(dictionary, CFSTR("LSBackgroundOnly")));
     CFRelease(dictionary);
 

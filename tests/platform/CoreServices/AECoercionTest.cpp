@@ -3,11 +3,7 @@
 #include <CoreServices/Files.h>
 #include <CoreServices/MacErrors.h>
 
-#include <gtest/gtest.h>
-
-#include <cstdio>
-#include <string>
-#include <unistd.h>
+#include "FileTestSupport.h"
 
 namespace {
 
@@ -85,23 +81,18 @@ TEST(AECoercionTest, BetweenTheBasicTypes)
     EXPECT_EQ(Raw(numbered), Coerced(typeKernelProcessID, &pid, sizeof pid, typeProcessSerialNumber));
 
     // Files: a path, an FSRef, an alias and a file URL all name the same file.
-    char folder[] = "/tmp/koru-aecoerce-XXXXXX";
-    ASSERT_NE(nullptr, mkdtemp(folder));
-    const std::string path = std::string(folder) + "/file name.txt";
-    FILE *file = fopen(path.c_str(), "w");
-    ASSERT_NE(nullptr, file);
-    fclose(file);
+    TemporaryFolder folder;
+    const std::string path = folder / "file name.txt";
+    WriteFile(path, "");
     const std::string ref = Coerced(typeChar, path.data(), static_cast<Size>(path.size()), typeFSRef);
     ASSERT_EQ(sizeof(FSRef), ref.size());
     const std::string alias = Coerced(typeFSRef, ref.data(), static_cast<Size>(ref.size()), typeAlias);
     ASSERT_NE("<fail>", alias);
     const std::string url = Coerced(typeAlias, alias.data(), static_cast<Size>(alias.size()), typeFileURL);
-    EXPECT_EQ("file://" + std::string(folder) + "/file%20name.txt", url);
+    EXPECT_EQ("file://" + folder.Path() + "/file%20name.txt", url);
     EXPECT_EQ(path, Coerced(typeFileURL, url.data(), static_cast<Size>(url.size()), typeChar));
     EXPECT_EQ("<fail>", Coerced(typeChar, "/no/such/file", 13, typeFSRef));
     EXPECT_EQ("<fail>", Coerced(typeAlias, "junk", 4, typeFSRef));
-    unlink(path.c_str());
-    rmdir(folder);
 
     // Anything to itself and to '****'; an item to a list of one; nothing else.
     EXPECT_EQ("42", Coerced(typeChar, "42", 2, typeWildCard));

@@ -7,40 +7,20 @@
 
 namespace {
 
-void Put32(std::string &image, UInt32 value)
-{
-    for (int shift = 24; shift >= 0; shift -= 8)
-        image += static_cast<char>(value >> shift);
-}
-
 // A companion as a Mac writes it: Finder information padded to 3810 bytes
-// with extended attributes, then the resource fork.
+// with an attribute block ("ATTR"), then the resource fork.
 std::string MacCompanion(const std::string &finderInfo, const std::string &fork)
 {
-    std::string image;
-    Put32(image, 0x00051607);
-    Put32(image, 0x00020000);
-    image += "Mac OS X        ";
-    image += std::string("\x00\x02", 2);
-    Put32(image, 9);
-    Put32(image, 50);
-    Put32(image, 3810);
-    Put32(image, 2);
-    Put32(image, 50 + 3810);
-    Put32(image, static_cast<UInt32>(fork.size()));
-    image += finderInfo;
-    image += std::string(3810 - finderInfo.size(), '\0');
-    image.replace(50 + 32, 4, "ATTR");
-    return image + fork;
+    std::string padded = finderInfo + std::string(3810 - finderInfo.size(), '\0');
+    padded.replace(32, 4, "ATTR");
+    return AppleDoubleImage("Mac OS X", {{9, padded}, {2, fork}});
 }
 
-FileInfo FinderInfoOf(const FSRef &ref, FSCatalogInfo *info = nullptr)
+FileInfo FinderInfoOf(const FSRef &ref, FSCatalogInfo &info)
 {
-    FSCatalogInfo local;
-    FSCatalogInfo &catalog = info ? *info : local;
-    FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes, &catalog, nullptr, nullptr, nullptr);
+    FSGetCatalogInfo(&ref, kFSCatInfoFinderInfo | kFSCatInfoRsrcSizes, &info, nullptr, nullptr, nullptr);
     FileInfo finder;
-    std::memcpy(&finder, catalog.finderInfo, sizeof finder);
+    std::memcpy(&finder, info.finderInfo, sizeof finder);
     return finder;
 }
 
@@ -53,31 +33,29 @@ TEST(AppleDouble, ReadsCompanionsWrittenByAMac)
     WriteFile(folder / "._Report", MacCompanion(finder, std::string(300, 'r')));
 
     FSCatalogInfo info;
-    const FileInfo read = FinderInfoOf(RefAt(folder / "Report"), &info);
+    const FSRef report = RefAt(folder / "Report");
+    FileInfo read = FinderInfoOf(report, info);
     EXPECT_EQ(0x4150504Cu, read.fileType);    // 'APPL'
     EXPECT_EQ(0x4D535744u, read.fileCreator); // 'MSWD'
     EXPECT_EQ(0x0100, read.finderFlags);
     EXPECT_EQ(300u, info.rsrcLogicalSize);
 
-    // Changing the Finder information keeps the resource fork.
-    FSCatalogInfo change{};
-    FileInfo updated = read;
-    updated.fileType = 0x54455854; // 'TEXT'
-    std::memcpy(change.finderInfo, &updated, sizeof updated);
-    const FSRef report = RefAt(folder / "Report");
-    ASSERT_EQ(noErr, FSSetCatalogInfo(&report, kFSCatInfoFinderInfo, &change));
-    EXPECT_EQ(0x54455854u, FinderInfoOf(report, &info).fileType);
+    // Changing the Finder information keeps the resource fork, and the Mac's
+    // attribute block stays where it was.
+    read.fileType = 0x54455854; // 'TEXT'
+    std::memcpy(info.finderInfo, &read, sizeof read);
+    ASSERT_EQ(noErr, FSSetCatalogInfo(&report, kFSCatInfoFinderInfo, &info));
+    EXPECT_EQ(0x54455854u, FinderInfoOf(report, info).fileType);
     EXPECT_EQ(300u, info.rsrcLogicalSize);
-    EXPECT_NE(std::string::npos, ReadFile(folder / "._Report").find(std::string(300, 'r')));
-    // The Mac's attribute block after the Finder information stays where it was.
     const std::string rewritten = ReadFile(folder / "._Report");
+    EXPECT_NE(std::string::npos, rewritten.find(std::string(300, 'r')));
     ASSERT_GT(rewritten.size(), 86u);
     EXPECT_EQ("ATTR", rewritten.substr(50 + 32, 4));
-    EXPECT_EQ(std::string("TEXT"), rewritten.substr(50, 4));
+    EXPECT_EQ("TEXT", rewritten.substr(50, 4));
 
     // A damaged companion reads as no information at all.
     WriteFile(folder / "._Report", "not an AppleDouble file");
-    EXPECT_EQ(0u, FinderInfoOf(report, &info).fileType);
+    EXPECT_EQ(0u, FinderInfoOf(report, info).fileType);
 }
 
 TEST(AppleDouble, FallsBackToNetatalkAttributes)
@@ -86,20 +64,12 @@ TEST(AppleDouble, FallsBackToNetatalkAttributes)
     WriteFile(folder / "shared", "x");
     std::string finder("TEXTR*ch", 8);
     finder.resize(32, '\0');
-    std::string metadata;
-    Put32(metadata, 0x00051607);
-    Put32(metadata, 0x00020000);
-    metadata += "Netatalk        ";
-    metadata += std::string("\x00\x01", 2);
-    Put32(metadata, 9);
-    Put32(metadata, 38);
-    Put32(metadata, 32);
-    metadata += finder;
+    const std::string metadata = AppleDoubleImage("Netatalk", {{9, finder}});
     if (setxattr((folder / "shared").c_str(), "user.org.netatalk.Metadata", metadata.data(), metadata.size(), 0) != 0 ||
         setxattr((folder / "shared").c_str(), "user.org.netatalk.ResourceFork", "fork", 4, 0) != 0)
         GTEST_SKIP() << "this file system keeps no user attributes";
     FSCatalogInfo info;
-    EXPECT_EQ(0x522A6368u, FinderInfoOf(RefAt(folder / "shared"), &info).fileCreator);
+    EXPECT_EQ(0x522A6368u, FinderInfoOf(RefAt(folder / "shared"), info).fileCreator);
     EXPECT_EQ(4u, info.rsrcLogicalSize);
 }
 
@@ -125,13 +95,8 @@ TEST(AppleDouble, CompanionsTravelWithTheirItem)
     ASSERT_EQ(noErr, FSDeleteObject(&moved));
     EXPECT_FALSE(Exists(folder / "dest/renamed"));
     EXPECT_FALSE(Exists(folder / "dest/._renamed"));
-    // The folder is empty now, so it goes too.
-    EXPECT_EQ(noErr, FSDeleteObject(&dest));
+    EXPECT_EQ(noErr, FSDeleteObject(&dest)); // empty now, companion and all
 }
-
-} // namespace
-
-namespace {
 
 TEST(AppleDouble, MacAttributesKeepACompanionAlive)
 {

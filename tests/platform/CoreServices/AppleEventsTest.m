@@ -23,12 +23,15 @@ static NSString *MakeFolder(void)
     return [NSString stringWithUTF8String:mkdtemp(pattern)];
 }
 
+static void RemoveItem(NSString *path)
+{
+    [[NSFileManager defaultManager] removeItemAtPath:path error:NULL];
+}
+
 static pid_t Spawn(const char *path, char *const argv[])
 {
     pid_t pid = 0;
-    if (posix_spawn(&pid, path, NULL, NULL, argv, environ) != 0)
-        return 0;
-    return pid;
+    return posix_spawn(&pid, path, NULL, NULL, argv, environ) == 0 ? pid : 0;
 }
 
 static void Stop(pid_t pid)
@@ -59,6 +62,15 @@ static BOOL WaitForLine(NSString *record, NSString *line)
     return NO;
 }
 
+/* Starts the peer afresh with the record and waits for its "ready". */
+static pid_t StartPeer(NSString *record)
+{
+    RemoveItem(record);
+    char *args[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    pid_t peer = Spawn(KORU_AE_PEER, args);
+    return peer > 0 && WaitForLine(record, @"ready") ? peer : 0;
+}
+
 static OSErr MakeEvent(pid_t pid, AEEventID eventID, const char *text, AppleEvent *event)
 {
     ProcessSerialNumber psn = {0, (UInt32)pid};
@@ -79,6 +91,13 @@ static NSString *DirectText(const AppleEvent *event)
     return [NSString stringWithUTF8String:text];
 }
 
+static AEReturnID ReturnIDOf(const AppleEvent *event)
+{
+    AEReturnID returnID = 0;
+    AEGetAttributePtr(event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
+    return returnID;
+}
+
 static int gAnswers;
 static AEReturnID gAnswerReturnID;
 static NSString *gAnswerText;
@@ -87,90 +106,92 @@ static OSErr Answer(const AppleEvent *event, AppleEvent *reply, SRefCon refcon)
 {
     (void)reply, (void)refcon;
     ++gAnswers;
-    AEGetAttributePtr(event, keyReturnIDAttr, typeSInt16, NULL, &gAnswerReturnID, sizeof gAnswerReturnID, NULL);
+    gAnswerReturnID = ReturnIDOf(event);
     [gAnswerText release];
     gAnswerText = [DirectText(event) retain];
     return noErr;
 }
 
-KT_CASE(EventsReachASecondProcessInEveryReplyMode)
+/* Runs the main run loop until an 'aevt'/'ansr' has come (at most 30 s):
+ * whether it was the only one and answers the event and text given. */
+static BOOL AnsweredOnce(AEReturnID returnID, NSString *text)
 {
-    NSString *folder = MakeFolder();
-    NSString *record = [folder stringByAppendingPathComponent:@"record"];
-    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
-    pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
-    KT_ASSERT(peer > 0);
-    KT_EXPECT(WaitForLine(record, @"ready"));
-
-    /* Waiting: the handler's effect and its reply. */
-    AppleEvent event, reply;
-    KT_EXPECT(MakeEvent(peer, kEcho, "hello", &event) == noErr);
-    OSErr err = AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30 * 60, NULL, NULL);
-    KT_EXPECT_MSG(err == noErr, @"%d", err);
-    KT_EXPECT_EQUAL_OBJECTS(DirectText(&reply), @"HELLO");
-    KT_EXPECT([Contents(record) rangeOfString:@"echo hello\n"].location != NSNotFound);
-    AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
-
-    /* No reply: the send returns a null reply and the handler still runs. */
-    MakeEvent(peer, kEcho, "quiet", &event);
-    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
-    KT_EXPECT(reply.descriptorType == typeNull);
-    KT_EXPECT(WaitForLine(record, @"echo quiet"));
-    AEDisposeDesc(&event);
-
-    /* Queued reply: nothing at once, then an 'aevt'/'ansr' event on our run loop. */
-    KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
-    MakeEvent(peer, kEcho, "later", &event);
-    AEReturnID returnID = 0;
-    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
-    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
-    KT_EXPECT(reply.descriptorType == typeNull);
     NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
     while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
         [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
-    KT_EXPECT(gAnswers == 1);
-    KT_EXPECT(gAnswerReturnID == returnID);
-    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"LATER");
+    return gAnswers == 1 && gAnswerReturnID == returnID && [gAnswerText isEqual:text];
+}
+
+/* Sends an event of the test class to pid, text as its direct object when
+ * given; the reply, when asked for, is the caller's to dispose of. */
+static OSErr Send(pid_t pid, AEEventID eventID, const char *text, AESendMode mode, long timeout, AppleEvent *reply,
+                  AEReturnID *returnID)
+{
+    AppleEvent event;
+    OSErr err = MakeEvent(pid, eventID, text, &event);
+    if (returnID != NULL)
+        *returnID = ReturnIDOf(&event);
+    if (err == noErr)
+        err = AESend(&event, reply, mode, kAENormalPriority, timeout, NULL, NULL);
     AEDisposeDesc(&event);
-    AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
+    return err;
+}
+
+static OSErr SendEcho(pid_t pid, const char *text, AESendMode mode, NSString **answer)
+{
+    AppleEvent reply = {typeNull, NULL};
+    OSErr err = Send(pid, kEcho, text, mode, 30 * 60, &reply, NULL);
+    if (answer != NULL)
+        *answer = err == noErr ? DirectText(&reply) : nil;
+    AEDisposeDesc(&reply);
+    return err;
+}
+
+KT_CASE(EventsReachASecondProcessInEveryReplyMode)
+{
+    NSString *folder = MakeFolder(), *record = [folder stringByAppendingPathComponent:@"record"];
+    pid_t peer = StartPeer(record);
+    KT_ASSERT(peer > 0);
+
+    /* Waiting: the handler's effect and its reply (queued: the next case). */
+    NSString *answer = nil;
+    OSErr err = SendEcho(peer, "hello", kAEWaitReply, &answer);
+    KT_EXPECT_MSG(err == noErr, @"%d", err);
+    KT_EXPECT_EQUAL_OBJECTS(answer, @"HELLO");
+    KT_EXPECT([Contents(record) rangeOfString:@"echo hello\n"].location != NSNotFound);
+
+    /* No reply: the send returns a null reply and the handler still runs. */
+    AppleEvent reply;
+    KT_EXPECT(Send(peer, kEcho, "quiet", kAENoReply, kAEDefaultTimeout, &reply, NULL) == noErr);
+    KT_EXPECT(reply.descriptorType == typeNull);
+    KT_EXPECT(WaitForLine(record, @"echo quiet"));
 
     /* An event the peer has no handler for. */
-    MakeEvent(peer, kNone, NULL, &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30 * 60, NULL, NULL) == errAEEventNotHandled);
+    KT_EXPECT(Send(peer, kNone, NULL, kAEWaitReply, 30 * 60, &reply, NULL) == errAEEventNotHandled);
     SInt32 number = 0;
     KT_EXPECT(AEGetParamPtr(&reply, keyErrorNumber, typeSInt32, NULL, &number, sizeof number, NULL) == noErr);
     KT_EXPECT(number == errAEEventNotHandled);
     AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
 
     /* Once the peer has ended, it is not found. */
-    MakeEvent(peer, kStop, NULL, &event);
-    KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(Send(peer, kStop, NULL, kAENoReply, kAEDefaultTimeout, NULL, NULL) == noErr);
     int status = 0;
     KT_EXPECT(waitpid(peer, &status, 0) == peer && WIFEXITED(status) && WEXITSTATUS(status) == 0);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == procNotFound);
-    AEDisposeDesc(&event);
+    KT_EXPECT(Send(peer, kStop, NULL, kAEWaitReply, 60, &reply, NULL) == procNotFound);
 
     /* A handler that never answers: the wait ends with the time-out. */
-    [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
-    peer = Spawn(KORU_AE_PEER, peerArgs);
-    KT_EXPECT(WaitForLine(record, @"ready"));
-    MakeEvent(peer, kHang, NULL, &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 30, NULL, NULL) == errAETimeout);
+    peer = StartPeer(record);
+    KT_EXPECT(Send(peer, kHang, NULL, kAEWaitReply, 30, &reply, NULL) == errAETimeout);
     KT_EXPECT(reply.descriptorType == typeNull);
-    AEDisposeDesc(&event);
     Stop(peer);
 
     /* A live process that publishes no port. */
     char *sleepArgs[] = {"sleep", "60", NULL};
     pid_t sleeper = Spawn("/bin/sleep", sleepArgs);
-    MakeEvent(sleeper, kEcho, "anyone?", &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, 60, NULL, NULL) == connectionInvalid);
-    AEDisposeDesc(&event);
+    KT_EXPECT(Send(sleeper, kEcho, "anyone?", kAEWaitReply, 60, &reply, NULL) == connectionInvalid);
     Stop(sleeper);
 
-    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+    RemoveItem(folder);
 }
 
 /* A queued event's answer travels back without the target waiting for the
@@ -178,21 +199,15 @@ KT_CASE(EventsReachASecondProcessInEveryReplyMode)
  * the answer is there for it afterwards. */
 KT_CASE(AQueuedReplyDoesNotWaitForTheSendersRunLoop)
 {
-    NSString *folder = MakeFolder();
-    NSString *record = [folder stringByAppendingPathComponent:@"record"];
-    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
-    pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+    NSString *folder = MakeFolder(), *record = [folder stringByAppendingPathComponent:@"record"];
+    pid_t peer = StartPeer(record);
     KT_ASSERT(peer > 0);
-    KT_EXPECT(WaitForLine(record, @"ready"));
     gAnswers = 0;
     KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
 
-    AppleEvent event, reply;
-    MakeEvent(peer, kEcho, "unattended", &event);
+    AppleEvent reply;
     AEReturnID returnID = 0;
-    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
-    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
-    AEDisposeDesc(&event);
+    KT_EXPECT(Send(peer, kEcho, "unattended", kAEQueueReply, kAEDefaultTimeout, &reply, &returnID) == noErr);
     /* Polled without a run loop, for at most 30 s. */
     BOOL peerFree = NO;
     for (int i = 0; i < 600 && !peerFree; i++) {
@@ -203,15 +218,10 @@ KT_CASE(AQueuedReplyDoesNotWaitForTheSendersRunLoop)
     KT_EXPECT_MSG(peerFree, @"%@", Contents(record));
     KT_EXPECT(gAnswers == 0);
 
-    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
-        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
-    KT_EXPECT(gAnswers == 1);
-    KT_EXPECT(gAnswerReturnID == returnID);
-    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"UNATTENDED");
+    KT_EXPECT_MSG(AnsweredOnce(returnID, @"UNATTENDED"), @"%d answers, last %@", gAnswers, gAnswerText);
     AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
     Stop(peer);
-    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+    RemoveItem(folder);
 }
 
 static int gEchoes;
@@ -233,39 +243,27 @@ KT_CASE(EventsToTheCurrentProcessKeepTheReplyModes)
     KT_EXPECT(AEInstallEventHandler(kCoreEventClass, kAEAnswer, NewAEEventHandlerUPP(Answer), NULL, false) == noErr);
 
     /* Waiting: handled inside the send, the reply filled in. */
-    AppleEvent event, reply;
-    MakeEvent(getpid(), kEcho, "now", &event);
-    KT_EXPECT(AESend(&event, &reply, kAEWaitReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    NSString *answer = nil;
+    KT_EXPECT(SendEcho(getpid(), "now", kAEWaitReply, &answer) == noErr);
     KT_EXPECT(gEchoes == 1);
-    KT_EXPECT_EQUAL_OBJECTS(DirectText(&reply), @"NOW");
-    AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
+    KT_EXPECT_EQUAL_OBJECTS(answer, @"NOW");
 
     /* Queued: handled inside the send, a null reply at once, the answer
      * later as an 'aevt'/'ansr' event on the run loop. */
-    MakeEvent(getpid(), kEcho, "later", &event);
+    AppleEvent reply;
     AEReturnID returnID = 0;
-    AEGetAttributePtr(&event, keyReturnIDAttr, typeSInt16, NULL, &returnID, sizeof returnID, NULL);
-    KT_EXPECT(AESend(&event, &reply, kAEQueueReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(Send(getpid(), kEcho, "later", kAEQueueReply, kAEDefaultTimeout, &reply, &returnID) == noErr);
     KT_EXPECT(gEchoes == 2);
     KT_EXPECT(reply.descriptorType == typeNull && reply.dataHandle == NULL);
     KT_EXPECT(gAnswers == 0);
-    NSDate *limit = [NSDate dateWithTimeIntervalSinceNow:30];
-    while (gAnswers == 0 && [limit timeIntervalSinceNow] > 0)
-        [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.05]];
-    KT_EXPECT(gAnswers == 1);
-    KT_EXPECT(gAnswerReturnID == returnID);
-    KT_EXPECT_EQUAL_OBJECTS(gAnswerText, @"LATER");
-    AEDisposeDesc(&event);
+    KT_EXPECT_MSG(AnsweredOnce(returnID, @"LATER"), @"%d answers, last %@", gAnswers, gAnswerText);
 
     /* No reply: handled, nothing comes back. */
-    MakeEvent(getpid(), kEcho, "never", &event);
-    KT_EXPECT(AESend(&event, &reply, kAENoReply, kAENormalPriority, kAEDefaultTimeout, NULL, NULL) == noErr);
+    KT_EXPECT(Send(getpid(), kEcho, "never", kAENoReply, kAEDefaultTimeout, &reply, NULL) == noErr);
     KT_EXPECT(gEchoes == 3);
     KT_EXPECT(reply.descriptorType == typeNull);
     [[NSRunLoop mainRunLoop] runMode:NSDefaultRunLoopMode beforeDate:[NSDate dateWithTimeIntervalSinceNow:0.2]];
     KT_EXPECT(gAnswers == 1);
-    AEDisposeDesc(&event);
 
     AERemoveEventHandler(kCoreEventClass, kAEAnswer, Answer, false);
     AERemoveEventHandler(kTestClass, kEcho, Echo, false);
@@ -273,8 +271,7 @@ KT_CASE(EventsToTheCurrentProcessKeepTheReplyModes)
 
 KT_CASE(SystemProcessEventsGoToTheLoginManager)
 {
-    NSString *folder = MakeFolder();
-    NSString *record = [folder stringByAppendingPathComponent:@"record"];
+    NSString *folder = MakeFolder(), *record = [folder stringByAppendingPathComponent:@"record"];
 
     /* A private bus of our own; its address is the first line it prints. */
     NSTask *daemon = [[NSTask new] autorelease];
@@ -304,11 +301,7 @@ KT_CASE(SystemProcessEventsGoToTheLoginManager)
     ProcessSerialNumber system = {0, kSystemProcess};
     AEAddressDesc target;
     AECreateDesc(typeProcessSerialNumber, &system, sizeof system, &target);
-    struct {
-        AEEventID eventID;
-        AESendMode mode;
-        NSString *line;
-    } cases[] = {
+    struct { AEEventID eventID; AESendMode mode; NSString *line; } cases[] = {
         {kAERestart, kAENoReply, @"Reboot false"},
         {kAEShutDown, kAENoReply, @"PowerOff false"},
         {kAESleep, kAENoReply, @"Suspend false"},
@@ -330,31 +323,17 @@ KT_CASE(SystemProcessEventsGoToTheLoginManager)
     KT_EXPECT(AESend(&event, NULL, kAENoReply, kAENormalPriority, 60, NULL, NULL) == errAEEventNotHandled);
     AEDisposeDesc(&event);
     AEDisposeDesc(&target);
-
     unsetenv("DBUS_SYSTEM_BUS_ADDRESS");
-
     Stop(standIn);
     kill(daemonPid, SIGTERM);
     [daemon waitUntilExit];
     KT_EXPECT([[Contents(record) componentsSeparatedByString:@"\n"] count] == 7); /* ready, five calls, end */
-    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+    RemoveItem(folder);
 }
 
 static int OpenDescriptors(void)
 {
     return (int)[[[NSFileManager defaultManager] contentsOfDirectoryAtPath:@"/proc/self/fd" error:NULL] count];
-}
-
-static OSErr SendEcho(pid_t pid, const char *text, AESendMode mode, NSString **answer)
-{
-    AppleEvent event, reply;
-    MakeEvent(pid, kEcho, text, &event);
-    OSErr err = AESend(&event, &reply, mode, kAENormalPriority, 30 * 60, NULL, NULL);
-    if (answer != NULL)
-        *answer = err == noErr ? DirectText(&reply) : nil;
-    AEDisposeDesc(&reply);
-    AEDisposeDesc(&event);
-    return err;
 }
 
 struct ThreadEcho {
@@ -379,15 +358,11 @@ static void *EchoFromThread(void *argument)
  * reaped is gone, whatever was sent to it before. */
 KT_CASE(LinksToOtherProcessesServeEveryThreadAndEndWithTheProcess)
 {
-    NSString *folder = MakeFolder();
-    NSString *record = [folder stringByAppendingPathComponent:@"record"];
-    char *peerArgs[] = {(char *)KORU_AE_PEER, (char *)[record fileSystemRepresentation], NULL};
+    NSString *folder = MakeFolder(), *record = [folder stringByAppendingPathComponent:@"record"];
     int opened = 0;
     for (int round = 0; round < 4; round++) {
-        [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
-        pid_t peer = Spawn(KORU_AE_PEER, peerArgs);
+        pid_t peer = StartPeer(record);
         KT_ASSERT(peer > 0);
-        KT_EXPECT(WaitForLine(record, @"ready"));
         KT_EXPECT(SendEcho(peer, "main", kAEWaitReply, NULL) == noErr);
         struct ThreadEcho fromThread = {peer, 1};
         pthread_t thread;
@@ -404,7 +379,7 @@ KT_CASE(LinksToOtherProcessesServeEveryThreadAndEndWithTheProcess)
 
     /* The peer as the child of a process that never reaps it, so that once
      * killed it stays a zombie, which kill(pid, 0) still finds. */
-    [[NSFileManager defaultManager] removeItemAtPath:record error:NULL];
+    RemoveItem(record);
     NSString *pidFile = [folder stringByAppendingPathComponent:@"pid"];
     char *holderArgs[] = {"/bin/sh", "-c", "\"$0\" \"$1\" & echo $! > \"$2\"; exec sleep 60", (char *)KORU_AE_PEER,
                           (char *)[record fileSystemRepresentation], (char *)[pidFile fileSystemRepresentation], NULL};
@@ -424,7 +399,7 @@ KT_CASE(LinksToOtherProcessesServeEveryThreadAndEndWithTheProcess)
         KT_EXPECT_MSG(err == procNotFound, @"mode %d: %d", (int)modes[i], err);
     }
     Stop(holder);
-    [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
+    RemoveItem(folder);
 }
 
 KT_MAIN()

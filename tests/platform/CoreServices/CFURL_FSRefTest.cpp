@@ -17,7 +17,7 @@ std::string URLPath(CFURLRef url)
     return CFURLGetFileSystemRepresentation(url, true, path, sizeof path) ? reinterpret_cast<char *>(path) : "";
 }
 
-TEST(CFURL_FSRef, URLsAndRefsAgree)
+TEST(CFURL_FSRef, URLsAndRefsAgreeAndFailuresAreNeutral)
 {
     TemporaryFolder folder;
     mkdir((folder / "dir").c_str(), 0755);
@@ -48,11 +48,8 @@ TEST(CFURL_FSRef, URLsAndRefsAgree)
     EXPECT_EQ(folder / "link", URLPath(again));
     CFRelease(again);
     CFRelease(linkURL);
-}
 
-TEST(CFURL_FSRef, FailuresAreNeutral)
-{
-    TemporaryFolder folder;
+    // Failures are neutral.
     FSRef ref;
     CFURLRef missing = FileURL(folder / "missing", false);
     EXPECT_FALSE(CFURLGetFSRef(missing, &ref));

@@ -119,11 +119,6 @@ TEST(Catalog, SetsDatesPermissionsAndFinderInfo)
     EXPECT_EQ(0, std::memcmp(&finder, back.finderInfo, sizeof finder));
     EXPECT_EQ(Seconds(info.contentModDate), Seconds(back.contentModDate));
 
-    // Clearing the Finder information removes the companion again.
-    std::memset(info.finderInfo, 0, sizeof info.finderInfo);
-    ASSERT_EQ(noErr, FSSetCatalogInfo(&doc, kFSCatInfoFinderInfo, &info));
-    EXPECT_FALSE(Exists(folder / "._doc"));
-
     EXPECT_EQ(paramErr, FSSetCatalogInfo(&doc, kFSCatInfoFinderInfo, nullptr));
     EXPECT_EQ(paramErr, FSGetCatalogInfo(nullptr, kFSCatInfoNone, nullptr, nullptr, nullptr, nullptr));
 }
@@ -132,9 +127,7 @@ TEST(Catalog, LinksLookLikeMacSymbolicLinks)
 {
     TemporaryFolder folder;
     symlink("anywhere", (folder / "link").c_str());
-    FSRef link;
-    ASSERT_EQ(noErr, FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>((folder / "link").c_str()),
-                                              kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr));
+    const FSRef link = LinkRefAt(folder / "link");
     FSCatalogInfo info;
     ASSERT_EQ(noErr, FSGetCatalogInfo(&link, kFSCatInfoFinderInfo | kFSCatInfoNodeFlags, &info, nullptr, nullptr, nullptr));
     FileInfo finder;

@@ -62,9 +62,7 @@ TEST(FileManager, DeletesOnlyWhatIsEmpty)
     EXPECT_TRUE(Exists(folder / "full/inside"));
 
     // Deleting a link never touches what it points at.
-    FSRef link;
-    ASSERT_EQ(noErr, FSPathMakeRefWithOptions(reinterpret_cast<const UInt8 *>((folder / "link").c_str()),
-                                              kFSPathMakeRefDoNotFollowLeafSymlink, &link, nullptr));
+    const FSRef link = LinkRefAt(folder / "link");
     EXPECT_EQ(noErr, FSDeleteObject(&link));
     EXPECT_FALSE(Exists(folder / "link"));
     EXPECT_TRUE(Exists(folder / "full/inside"));

@@ -81,7 +81,6 @@ TEST(FileRef, RefsAreRecheckedOnEveryUse)
     TemporaryFolder folder;
     WriteFile(folder / "file", "x");
     const FSRef ref = RefAt(folder / "file");
-    ASSERT_EQ(folder / "file", PathOf(ref));
 
     // Moved away: the ref no longer answers, even when another file takes
     // the old name.

@@ -1,6 +1,6 @@
 #include <CoreServices/CoreServices.h>
 
-#include <gtest/gtest.h>
+#include "FileTestSupport.h"
 
 #include <cstdlib>
 #include <filesystem>
@@ -19,9 +19,6 @@ class FoldersTest : public ::testing::Test {
 protected:
     void SetUp() override
     {
-        char pattern[] = "/tmp/FoldersTest.XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        mRoot = pattern;
         fs::create_directories(mRoot + "/home");
         fs::create_directories(mRoot + "/tmp");
         setenv("HOME", (mRoot + "/home").c_str(), 1);
@@ -29,7 +26,6 @@ protected:
         for (const char *name : {"XDG_CONFIG_HOME", "XDG_DATA_HOME", "XDG_CACHE_HOME", "XDG_RUNTIME_DIR"})
             unsetenv(name);
     }
-    void TearDown() override { fs::remove_all(mRoot); }
 
     std::string Path(SInt16 domain, OSType type, Boolean create, OSErr expected = noErr)
     {
@@ -40,7 +36,8 @@ protected:
 
     std::string PrivateTemp() const { return mRoot + "/tmp/koru-" + std::to_string(geteuid()); }
 
-    std::string mRoot;
+    TemporaryFolder mFolder;
+    const std::string mRoot = mFolder.Path();
 };
 
 mode_t ModeOf(const std::string &path)
@@ -105,7 +102,7 @@ TEST_F(FoldersTest, UserFoldersFollowTheXDGSettings)
     EXPECT_EQ(home + "/.cache", Path(kUserDomain, kCachedDataFolderType, kDontCreateFolder));
 }
 
-TEST_F(FoldersTest, OtherDomainsAndTypesAndBadArguments)
+TEST_F(FoldersTest, OtherDomainsTypesRefsAndBadArguments)
 {
     EXPECT_EQ("/usr/share", Path(kSystemDomain, kApplicationSupportFolderType, kDontCreateFolder));
     Path(kSystemDomain, kDesktopFolderType, kDontCreateFolder, fnfErr);
@@ -115,10 +112,8 @@ TEST_F(FoldersTest, OtherDomainsAndTypesAndBadArguments)
     EXPECT_EQ('\0', tiny[0]);
     EXPECT_EQ(paramErr, FSFindFolderGetPath(kUserDomain, kCurrentUserFolderType, false, nullptr, 10));
     EXPECT_EQ(paramErr, FSFindFolder(kUserDomain, kCurrentUserFolderType, false, nullptr));
-}
 
-TEST_F(FoldersTest, FoundFolderComesBackAsAnFSRef)
-{
+    // As an FSRef.
     FSRef ref;
     ASSERT_EQ(noErr, FSFindFolder(kUserDomain, kDocumentsFolderType, kCreateFolder, &ref));
     UInt8 path[1024];

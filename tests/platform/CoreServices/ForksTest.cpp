@@ -3,52 +3,27 @@
 #include "FileTestSupport.h"
 
 #include <cstring>
-#include <map>
 #include <sys/xattr.h>
 
 namespace {
 
-// An AppleDouble reader of the test's own: entry id -> entry bytes, or an
-// empty map when the image is not AppleDouble.
-std::map<UInt32, std::string> CompanionEntries(const std::string &image)
+using ForkName = std::vector<UniChar>;
+
+const ForkName kDataFork;
+
+ForkName ResourceFork()
 {
-    auto be32 = [&](size_t at) {
-        return (UInt32(UInt8(image[at])) << 24) | (UInt32(UInt8(image[at + 1])) << 16) |
-               (UInt32(UInt8(image[at + 2])) << 8) | UInt32(UInt8(image[at + 3]));
-    };
-    std::map<UInt32, std::string> entries;
-    if (image.size() < 26 || be32(0) != 0x00051607 || be32(4) != 0x00020000)
-        return entries;
-    const size_t count = (size_t(UInt8(image[24])) << 8) | UInt8(image[25]);
-    for (size_t k = 0; k < count && 26 + k * 12 + 12 <= image.size(); ++k) {
-        const size_t at = 26 + k * 12;
-        const UInt32 offset = be32(at + 4), length = be32(at + 8);
-        if (size_t(offset) + length <= image.size())
-            entries[be32(at)] = image.substr(offset, length);
-    }
-    return entries;
+    HFSUniStr255 name;
+    FSGetResourceForkName(&name);
+    return ForkName(name.unicode, name.unicode + name.length);
 }
 
-struct Fork {
-    std::vector<UniChar> name;
-    static Fork Data()
-    {
-        return Fork{};
-    }
-    static Fork Resource()
-    {
-        HFSUniStr255 name;
-        FSGetResourceForkName(&name);
-        return Fork{std::vector<UniChar>(name.unicode, name.unicode + name.length)};
-    }
-};
-
-OSErr Open(const FSRef &ref, const Fork &fork, SInt8 permission, FSIORefNum &refNum)
+OSErr Open(const FSRef &ref, const ForkName &fork, SInt8 permission, FSIORefNum &refNum)
 {
-    return FSOpenFork(&ref, fork.name.size(), fork.name.data(), permission, &refNum);
+    return FSOpenFork(&ref, fork.size(), fork.data(), permission, &refNum);
 }
 
-std::string ReadAll(const FSRef &ref, const Fork &fork)
+std::string ReadAll(const FSRef &ref, const ForkName &fork)
 {
     FSIORefNum refNum = 0;
     if (Open(ref, fork, fsRdPerm, refNum) != noErr)
@@ -62,34 +37,13 @@ std::string ReadAll(const FSRef &ref, const Fork &fork)
     return status == noErr && actual == bytes.size() ? bytes : "<short>";
 }
 
-TEST(Forks, NamesAreTheMacOnes)
-{
-    HFSUniStr255 data, resource;
-    ASSERT_EQ(noErr, FSGetDataForkName(&data));
-    ASSERT_EQ(noErr, FSGetResourceForkName(&resource));
-    EXPECT_EQ(0, data.length);
-    EXPECT_EQ(std::u16string(u"RESOURCE_FORK"), std::u16string(resource.unicode, resource.unicode + resource.length));
-}
-
-TEST(Forks, EveryFileHasAnEmptyResourceForkWithoutCompanion)
-{
-    TemporaryFolder folder;
-    WriteFile(folder / "plain", "data bytes");
-    const FSRef ref = RefAt(folder / "plain");
-    EXPECT_EQ("", ReadAll(ref, Fork::Resource()));
-    EXPECT_EQ("data bytes", ReadAll(ref, Fork::Data()));
-    EXPECT_EQ(noErr, FSCreateFork(&ref, Fork::Resource().name.size(), Fork::Resource().name.data()));
-    EXPECT_EQ(errFSForkExists, FSCreateFork(&ref, 0, nullptr));
-    EXPECT_FALSE(Exists(folder / "._plain")); // opening and reading made no companion
-}
-
 TEST(Forks, ResourceForkIsEntryTwoOfTheCompanionAndGoesWhenEmpty)
 {
     TemporaryFolder folder;
     const std::string name = "quote \" space\nnewline é";
     WriteFile(folder / name, "d");
     const FSRef ref = RefAt(folder / name);
-    const Fork resource = Fork::Resource();
+    const ForkName resource = ResourceFork();
 
     FSIORefNum refNum = 0;
     ASSERT_EQ(noErr, Open(ref, resource, fsRdWrPerm, refNum));
@@ -142,7 +96,7 @@ TEST(Forks, DeletingTheResourceForkKeepsFinderInformation)
     finder.fileCreator = 0x74747874; // 'ttxt'
     std::memcpy(info.finderInfo, &finder, sizeof finder);
     ASSERT_EQ(noErr, FSSetCatalogInfo(&ref, kFSCatInfoFinderInfo, &info));
-    const Fork resource = Fork::Resource();
+    const ForkName resource = ResourceFork();
     FSIORefNum refNum = 0;
     ASSERT_EQ(noErr, Open(ref, resource, fsWrPerm, refNum));
     ASSERT_EQ(noErr, FSWriteFork(refNum, fsFromStart, 0, 4, "rsrc", nullptr));
@@ -153,7 +107,7 @@ TEST(Forks, DeletingTheResourceForkKeepsFinderInformation)
     ASSERT_EQ(32u, entries[9].size());
     EXPECT_EQ("TEXTttxt", entries[9].substr(0, 8)); // big-endian on disk
 
-    ASSERT_EQ(noErr, FSDeleteFork(&ref, resource.name.size(), resource.name.data()));
+    ASSERT_EQ(noErr, FSDeleteFork(&ref, resource.size(), resource.data()));
     entries = CompanionEntries(ReadFile(folder / "._doc"));
     EXPECT_EQ(0u, entries.count(2));
     EXPECT_EQ("TEXTttxt", entries[9].substr(0, 8));
@@ -171,23 +125,29 @@ TEST(Forks, NetatalkResourceForkReadsWhenThereIsNoCompanion)
     if (setxattr((folder / "shared").c_str(), "user.org.netatalk.ResourceFork", "from netatalk", 13, 0) != 0)
         GTEST_SKIP() << "this file system keeps no user attributes";
     const FSRef ref = RefAt(folder / "shared");
-    EXPECT_EQ("from netatalk", ReadAll(ref, Fork::Resource()));
+    EXPECT_EQ("from netatalk", ReadAll(ref, ResourceFork()));
     // Writing moves the fork into a companion, which then wins.
     FSIORefNum refNum = 0;
-    ASSERT_EQ(noErr, Open(ref, Fork::Resource(), fsRdWrPerm, refNum));
+    ASSERT_EQ(noErr, Open(ref, ResourceFork(), fsRdWrPerm, refNum));
     ASSERT_EQ(noErr, FSWriteFork(refNum, fsFromLEOF, 0, 1, "!", nullptr));
     ASSERT_EQ(noErr, FSCloseFork(refNum));
     EXPECT_EQ("from netatalk!", CompanionEntries(ReadFile(folder / "._shared"))[2]);
-    EXPECT_EQ("from netatalk!", ReadAll(ref, Fork::Resource()));
+    EXPECT_EQ("from netatalk!", ReadAll(ref, ResourceFork()));
 }
 
-TEST(Forks, DataForkIsTheFile)
+TEST(Forks, DataForkIsTheFileAndEveryFileHasAnEmptyResourceFork)
 {
     TemporaryFolder folder;
     WriteFile(folder / "data", "0123456789");
     const FSRef ref = RefAt(folder / "data");
+    EXPECT_EQ("", ReadAll(ref, ResourceFork()));
+    EXPECT_EQ("0123456789", ReadAll(ref, kDataFork));
+    EXPECT_EQ(noErr, FSCreateFork(&ref, ResourceFork().size(), ResourceFork().data()));
+    EXPECT_EQ(errFSForkExists, FSCreateFork(&ref, 0, nullptr));
+    EXPECT_FALSE(Exists(folder / "._data")); // opening and reading made no companion
+
     FSIORefNum refNum = 0;
-    ASSERT_EQ(noErr, Open(ref, Fork::Data(), fsRdWrPerm, refNum));
+    ASSERT_EQ(noErr, Open(ref, kDataFork, fsRdWrPerm, refNum));
     ASSERT_EQ(noErr, FSWriteFork(refNum, fsFromLEOF, 0, 3, "abc", nullptr));
     SInt64 position = 0;
     EXPECT_EQ(noErr, FSGetForkPosition(refNum, &position));

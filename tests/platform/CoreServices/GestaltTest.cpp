@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-TEST(Gestalt, AnswersThePlatformsSystemFacts)
+TEST(Gestalt, AnswersSystemFactsAndTheProcesssOwnValues)
 {
     const std::pair<OSType, SInt32> facts[] = {{gestaltSystemVersion, 0x1049},
                                                {gestaltSystemVersionMajor, 10},
@@ -18,10 +18,8 @@ TEST(Gestalt, AnswersThePlatformsSystemFacts)
     EXPECT_EQ(gestaltUndefSelectorErr, Gestalt(0x7A7A7A7A, &untouched));
     EXPECT_EQ(77, untouched);
     EXPECT_EQ(paramErr, Gestalt(gestaltSystemVersion, nullptr));
-}
 
-TEST(Gestalt, ValuesCanBeAddedChangedAndDeletedPerProcess)
-{
+    // Values of the process's own.
     const OSType selector = 0x6B747374; // 'ktst'
     SInt32 value = 0;
     EXPECT_EQ(gestaltUndefSelectorErr, SetGestaltValue(selector, 1));

@@ -2,7 +2,7 @@
 
 #include <gtest/gtest.h>
 
-#include <cstdio>
+#include <algorithm>
 #include <cstdlib>
 #include <fstream>
 #include <unistd.h>
@@ -12,37 +12,33 @@ using filemanager::MountEntry;
 using filemanager::ParseMountInfoLine;
 using filemanager::ReadMountTable;
 
+// Every field of an entry, joined with '|' (optional fields with ',').
+static std::string Fields(const MountEntry &e)
+{
+    std::string optional;
+    for (const std::string &field : e.optionalFields)
+        optional += (optional.empty() ? "" : ",") + field;
+    return std::to_string(e.mountID) + "|" + std::to_string(e.parentID) + "|" + std::to_string(e.major) + ":" +
+           std::to_string(e.minor) + "|" + e.root + "|" + e.mountPoint + "|" + e.mountOptions + "|" + optional +
+           "|" + e.fsType + "|" + e.source + "|" + e.superOptions;
+}
+
 TEST(MountTableTest, ParsesEveryFieldOfALine)
 {
     MountEntry entry;
     ASSERT_TRUE(ParseMountInfoLine(
         "36 35 98:0 /mnt1 /mnt/parent rw,noatime master:1 shared:7 - ext3 /dev/root rw,errors=continue\n",
         entry));
-    EXPECT_EQ(entry.mountID, 36u);
-    EXPECT_EQ(entry.parentID, 35u);
-    EXPECT_EQ(entry.major, 98u);
-    EXPECT_EQ(entry.minor, 0u);
-    EXPECT_EQ(entry.root, "/mnt1");
-    EXPECT_EQ(entry.mountPoint, "/mnt/parent");
-    EXPECT_EQ(entry.mountOptions, "rw,noatime");
-    EXPECT_EQ(entry.optionalFields, (std::vector<std::string>{"master:1", "shared:7"}));
-    EXPECT_EQ(entry.fsType, "ext3");
-    EXPECT_EQ(entry.source, "/dev/root");
-    EXPECT_EQ(entry.superOptions, "rw,errors=continue");
-
+    EXPECT_EQ("36|35|98:0|/mnt1|/mnt/parent|rw,noatime|master:1,shared:7|ext3|/dev/root|rw,errors=continue",
+              Fields(entry));
     // No optional fields, no newline, and an empty mount source.
     ASSERT_TRUE(ParseMountInfoLine("1 0 0:52 / /tmp/a\\040b rw - fuse.koru  rw,user_id=0", entry));
-    EXPECT_TRUE(entry.optionalFields.empty());
-    EXPECT_EQ(entry.mountPoint, "/tmp/a b");
-    EXPECT_EQ(entry.fsType, "fuse.koru");
-    EXPECT_EQ(entry.source, "");
-    EXPECT_EQ(entry.superOptions, "rw,user_id=0");
+    EXPECT_EQ("1|0|0:52|/|/tmp/a b|rw||fuse.koru||rw,user_id=0", Fields(entry));
 }
 
 TEST(MountTableTest, DecodesOctalEscapesOnly)
 {
-    EXPECT_EQ(DecodeMountField("a\\040b\\011c\\012d\\134e"), "a b\tc\nd\\e");
-    EXPECT_EQ(DecodeMountField("\\054"), ",");
+    EXPECT_EQ(DecodeMountField("a\\040b\\011c\\012d\\134e\\054"), "a b\tc\nd\\e,");
     // Not an escape of a byte: kept as written.
     EXPECT_EQ(DecodeMountField("\\400 \\08 \\9 \\12"), "\\400 \\08 \\9 \\12");
     EXPECT_EQ(DecodeMountField("end\\"), "end\\");
@@ -99,8 +95,5 @@ TEST(MountTableTest, ReadsAFileSkippingWhatDoesNotParse)
 
     // This process's own table has its root.
     ASSERT_TRUE(ReadMountTable(table));
-    bool root = false;
-    for (const MountEntry &entry : table)
-        root = root || entry.mountPoint == "/";
-    EXPECT_TRUE(root);
+    EXPECT_TRUE(std::any_of(table.begin(), table.end(), [](const MountEntry &e) { return e.mountPoint == "/"; }));
 }

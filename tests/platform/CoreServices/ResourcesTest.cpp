@@ -12,49 +12,29 @@ constexpr ResType kText = 0x54455854; // 'TEXT'
 constexpr ResType kStr = 0x53545220;  // 'STR '
 constexpr ResType kIcon = 0x49434E23; // 'ICN#'
 
-UInt32 Be32(const std::string &b, size_t at)
-{
-    return (UInt32(UInt8(b[at])) << 24) | (UInt32(UInt8(b[at + 1])) << 16) | (UInt32(UInt8(b[at + 2])) << 8) |
-           UInt32(UInt8(b[at + 3]));
-}
-UInt16 Be16(const std::string &b, size_t at)
-{
-    return static_cast<UInt16>((UInt8(b[at]) << 8) | UInt8(b[at + 1]));
-}
-void Put32(std::string &b, UInt32 v)
-{
-    for (int s = 24; s >= 0; s -= 8)
-        b += static_cast<char>(v >> s);
-}
-void Put16(std::string &b, UInt16 v)
-{
-    b += static_cast<char>(v >> 8);
-    b += static_cast<char>(v);
-}
-
 // The test's own reading of a resource fork: (type, id) -> (name, data).
 using Contents = std::map<std::pair<ResType, SInt16>, std::pair<std::string, std::string>>;
 
 Contents ParseFork(const std::string &fork)
 {
     Contents contents;
-    const UInt32 data = Be32(fork, 0), map = Be32(fork, 4);
-    const size_t typeList = map + Be16(fork, map + 24), nameList = map + Be16(fork, map + 26);
-    const int types = Be16(fork, typeList) == 0xFFFF ? 0 : Be16(fork, typeList) + 1;
+    const UInt32 data = ReadBE32(fork, 0), map = ReadBE32(fork, 4);
+    const size_t typeList = map + ReadBE16(fork, map + 24), nameList = map + ReadBE16(fork, map + 26);
+    const int types = ReadBE16(fork, typeList) == 0xFFFF ? 0 : ReadBE16(fork, typeList) + 1;
     for (int t = 0; t < types; ++t) {
         const size_t entry = typeList + 2 + t * 8;
-        const ResType type = Be32(fork, entry);
-        const int count = Be16(fork, entry + 4) + 1;
+        const ResType type = ReadBE32(fork, entry);
+        const int count = ReadBE16(fork, entry + 4) + 1;
         for (int r = 0; r < count; ++r) {
-            const size_t ref = typeList + Be16(fork, entry + 6) + r * 12;
-            const SInt16 id = static_cast<SInt16>(Be16(fork, ref));
+            const size_t ref = typeList + ReadBE16(fork, entry + 6) + r * 12;
+            const SInt16 id = static_cast<SInt16>(ReadBE16(fork, ref));
             std::string name;
-            if (Be16(fork, ref + 2) != 0xFFFF) {
-                const size_t at = nameList + Be16(fork, ref + 2);
+            if (ReadBE16(fork, ref + 2) != 0xFFFF) {
+                const size_t at = nameList + ReadBE16(fork, ref + 2);
                 name = fork.substr(at + 1, UInt8(fork[at]));
             }
-            const size_t at = data + (Be32(fork, ref + 4) & 0xFFFFFF);
-            contents[{type, id}] = {name, fork.substr(at + 4, Be32(fork, at))};
+            const size_t at = data + (ReadBE32(fork, ref + 4) & 0xFFFFFF);
+            contents[{type, id}] = {name, fork.substr(at + 4, ReadBE32(fork, at))};
         }
     }
     return contents;
@@ -67,70 +47,40 @@ std::string MacFork(const std::vector<std::tuple<ResType, SInt16, std::string, s
     for (size_t k = 0; k < resources.size(); ++k)
         byType[std::get<0>(resources[k])].push_back(k);
     std::string data, refs, names, typeList;
-    Put16(typeList, static_cast<UInt16>(byType.size() - 1));
-    size_t refOffset = 2 + byType.size() * 8;
+    AppendBE16(typeList, static_cast<UInt16>(byType.size() - 1));
     for (auto &[type, indexes] : byType) {
-        Put32(typeList, type);
-        Put16(typeList, static_cast<UInt16>(indexes.size() - 1));
-        Put16(typeList, static_cast<UInt16>(refOffset + refs.size()));
+        AppendBE32(typeList, type);
+        AppendBE16(typeList, static_cast<UInt16>(indexes.size() - 1));
+        AppendBE16(typeList, static_cast<UInt16>(2 + byType.size() * 8 + refs.size()));
         for (size_t k : indexes) {
-            const auto &[t, id, name, bytes] = resources[k];
-            (void)t;
-            Put16(refs, static_cast<UInt16>(id));
-            if (name.empty()) {
-                Put16(refs, 0xFFFF);
-            } else {
-                Put16(refs, static_cast<UInt16>(names.size()));
-                names += static_cast<char>(name.size());
-                names += name;
-            }
-            refs += '\0';
-            const UInt32 off = static_cast<UInt32>(data.size());
-            refs += static_cast<char>(off >> 16);
-            refs += static_cast<char>(off >> 8);
-            refs += static_cast<char>(off);
-            Put32(refs, 0);
-            Put32(data, static_cast<UInt32>(bytes.size()));
+            const auto &[unused, id, name, bytes] = resources[k];
+            (void)unused;
+            AppendBE16(refs, static_cast<UInt16>(id));
+            AppendBE16(refs, name.empty() ? 0xFFFF : static_cast<UInt16>(names.size()));
+            names += name.empty() ? "" : static_cast<char>(name.size()) + name;
+            AppendBE32(refs, static_cast<UInt32>(data.size())); // no attributes, 24-bit offset
+            AppendBE32(refs, 0);
+            AppendBE32(data, static_cast<UInt32>(bytes.size()));
             data += bytes;
         }
     }
     std::string header;
-    const UInt32 mapLength = static_cast<UInt32>(28 + typeList.size() + refs.size() + names.size());
-    Put32(header, 256);
-    Put32(header, static_cast<UInt32>(256 + data.size()));
-    Put32(header, static_cast<UInt32>(data.size()));
-    Put32(header, mapLength);
-    std::string fork = header + std::string(240, '\0') + data + header;
-    Put32(fork, 0);
-    Put16(fork, 0);
-    Put16(fork, 0);
-    Put16(fork, 28);
-    Put16(fork, static_cast<UInt16>(28 + typeList.size() + refs.size()));
+    for (size_t field : {size_t(256), 256 + data.size(), data.size(), 28 + typeList.size() + refs.size() + names.size()})
+        AppendBE32(header, static_cast<UInt32>(field));
+    std::string fork = header + std::string(240, '\0') + data + header + std::string(8, '\0'); // + handle, file, attributes
+    AppendBE16(fork, 28);
+    AppendBE16(fork, static_cast<UInt16>(28 + typeList.size() + refs.size()));
     return fork + typeList + refs + names;
 }
 
 std::string Companion(const std::string &fork)
 {
-    std::string image;
-    Put32(image, 0x00051607);
-    Put32(image, 0x00020000);
-    image += std::string(16, ' ');
-    Put16(image, 1);
-    Put32(image, 2);
-    Put32(image, 38);
-    Put32(image, static_cast<UInt32>(fork.size()));
-    return image + fork;
+    return AppleDoubleImage("", {{2, fork}});
 }
 
 std::string ForkInCompanion(const std::string &path)
 {
-    const std::string image = ReadFile(path);
-    if (image.size() < 26)
-        return "";
-    for (size_t k = 0; k < Be16(image, 24); ++k)
-        if (Be32(image, 26 + k * 12) == 2)
-            return image.substr(Be32(image, 26 + k * 12 + 4), Be32(image, 26 + k * 12 + 8));
-    return "";
+    return CompanionEntries(ReadFile(path))[2];
 }
 
 std::string HandleText(Handle h)
@@ -253,27 +203,21 @@ TEST(Resources, MalformedMapsAreRefusedWithMapReadErr)
     const FSRef ref = RefAt(folder / "f");
     const std::string good = MacFork({{kText, 1, "n", "abcdef"}, {kStr, 2, "", "xy"}});
 
-    std::vector<std::string> bad;
-    bad.push_back(good.substr(0, good.size() - 5));          // truncated map
-    bad.push_back(good.substr(0, 10));                      // truncated header
-    std::string overlap = good;                             // map inside the data
-    overlap.replace(4, 4, std::string("\x00\x00\x01\x02", 4));
-    bad.push_back(overlap);
-    std::string huge = good;                                // absurd data length
-    huge.replace(8, 4, std::string("\x7F\xFF\xFF\xFF", 4));
-    bad.push_back(huge);
-    std::string types = good;                               // more types than the map holds
-    const size_t map = Be32(good, 4);
-    types.replace(map + 28, 2, std::string("\x7F\xFF", 2));
-    bad.push_back(types);
-    std::string entry = good;                               // a data entry past the data area
-    entry.replace(256, 4, std::string("\x00\x10\x00\x00", 4));
-    bad.push_back(entry);
-    std::string name = good;                                // a name list outside the map
-    name.replace(map + 26, 2, std::string("\xFF\xF0", 2));
-    bad.push_back(name);
+    const auto patched = [&](size_t at, const std::string &bytes) {
+        return std::string(good).replace(at, bytes.size(), bytes);
+    };
+    const size_t map = ReadBE32(good, 4);
+    const std::string bad[] = {
+        good.substr(0, good.size() - 5),                        // truncated map
+        good.substr(0, 10),                                     // truncated header
+        patched(4, std::string("\x00\x00\x01\x02", 4)),         // map inside the data
+        patched(8, "\x7F\xFF\xFF\xFF"),                          // absurd data length
+        patched(map + 28, "\x7F\xFF"),                           // more types than the map holds
+        patched(256, std::string("\x00\x10\x00\x00", 4)),       // a data entry past the data area
+        patched(map + 26, "\xFF\xF0"),                           // a name list outside the map
+    };
 
-    for (size_t k = 0; k < bad.size(); ++k) {
+    for (size_t k = 0; k < std::size(bad); ++k) {
         WriteFile(folder / "._f", Companion(bad[k]));
         EXPECT_EQ(-1, FSOpenResFile(&ref, fsRdPerm)) << "case " << k;
         EXPECT_EQ(mapReadErr, ResError()) << "case " << k;
@@ -297,10 +241,7 @@ TEST(Resources, HandlesAndAttributes)
     FSRef file;
     ASSERT_EQ(noErr, FSCreateResourceFile(&parent, name.size(), name.data(), kFSCatInfoNone, nullptr, 0, nullptr,
                                           &file, nullptr)); // a map in the data fork
-    const ResFileRefNum refNum = FSOpenResourceFile(&file, 0, nullptr, fsRdWrPerm, nullptr) == paramErr
-                                     ? -1
-                                     : 0;
-    EXPECT_EQ(-1, refNum);
+    EXPECT_EQ(paramErr, FSOpenResourceFile(&file, 0, nullptr, fsRdWrPerm, nullptr));
     ResFileRefNum opened = -1;
     ASSERT_EQ(noErr, FSOpenResourceFile(&file, 0, nullptr, fsRdWrPerm, &opened));
     Handle mine = HandleOf("abc");
@@ -323,7 +264,7 @@ TEST(Resources, HandlesAndAttributes)
     ReleaseResource(again);
     EXPECT_EQ(noErr, ResError());
     CloseResFile(opened);
-    EXPECT_EQ(Be32(ReadFile(folder / "h"), 0), 256u); // the data fork holds the map
+    EXPECT_EQ(ReadBE32(ReadFile(folder / "h"), 0), 256u); // the data fork holds the map
     GetResInfo(nullptr, nullptr, nullptr, nullptr);
     EXPECT_EQ(resNotFound, ResError());
 }

@@ -71,10 +71,7 @@ TEST_F(LuaComponentTest, OnlyTheScriptingComponentOpens)
 
 TEST_F(LuaComponentTest, ValuesAreShownForPeople)
 {
-    struct Case {
-        const char *source;
-        const char *shown;
-    } cases[] = {
+    const std::pair<const char *, const char *> cases[] = {
         {"return 'say \"hi\"'", "\"say \\\"hi\\\"\""},
         {"return 10 // 3", "3"},
         {"return 10 / 4", "2.5"},
@@ -84,15 +81,14 @@ TEST_F(LuaComponentTest, ValuesAreShownForPeople)
         {"return {b = 2, a = 'one'}", "{a:\"one\", b:2}"},
         {"return true", "true"},
     };
-    for (const Case &c : cases) {
+    for (const auto &[source, shown] : cases) {
         OSAID script = kOSANullScript, value = kOSANullScript;
-        ASSERT_EQ(noErr, Compile(c.source, &script)) << c.source;
-        ASSERT_EQ(noErr, OSAExecute(component_, script, kOSANullScript, kOSAModeNull, &value)) << c.source;
-        EXPECT_EQ(c.shown, Display(value)) << c.source;
+        ASSERT_EQ(noErr, Compile(source, &script)) << source;
+        ASSERT_EQ(noErr, OSAExecute(component_, script, kOSANullScript, kOSAModeNull, &value)) << source;
+        EXPECT_EQ(shown, Display(value)) << source;
+        EXPECT_EQ(source, Display(script)); // a compiled script shows its source
         EXPECT_EQ(noErr, OSADispose(component_, value));
         EXPECT_EQ(errOSAInvalidID, OSADispose(component_, value));
-        // A compiled script shows its source.
-        EXPECT_EQ(c.source, Display(script));
         OSADispose(component_, script);
     }
 }
@@ -130,11 +126,8 @@ TEST_F(LuaComponentTest, ErrorsCarryLuasMessageAndNumber)
     ASSERT_EQ(noErr, OSAStore(component_, chunk, typeOSAGenericStorage, kOSAModeNull, &stored));
     const std::string bytes = TextOf(stored);
     AEDisposeDesc(&stored);
-    OSAID fromText = kOSANullScript;
-    AEDesc chunkText;
-    AECreateDesc(typeUTF8Text, bytes.data(), static_cast<Size>(bytes.size()), &chunkText);
-    EXPECT_EQ(errOSAScriptError, OSACompile(component_, &chunkText, kOSAModeNull, &fromText));
-    AEDisposeDesc(&chunkText);
+    OSAID fromText = 1;
+    EXPECT_EQ(errOSAScriptError, Compile(bytes, &fromText));
     EXPECT_EQ(kOSANullScript, fromText);
     EXPECT_NE(std::string::npos, ErrorMessage().find("binary chunk"));
     EXPECT_EQ(errOSAInvalidID, OSAExecute(component_, 999, kOSANullScript, kOSAModeNull, &result));
@@ -154,8 +147,10 @@ TEST_F(LuaComponentTest, StoredScriptsLoadAndHandleEvents)
     ASSERT_EQ(noErr, OSALoad(component_, &stored, kOSAModeNull, &loaded));
     AEDisposeDesc(&stored);
 
-    AppleEvent tick;
+    AppleEvent tick, quit, open;
     AECreateAppleEvent(0x4B4F5255, 0x7469636B, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &tick);
+    AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &quit);
+    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &open);
     SInt32 step = 5;
     AEPutParamPtr(&tick, keyDirectObject, typeSInt32, &step, sizeof step);
     OSAID value = kOSANullScript;
@@ -165,12 +160,8 @@ TEST_F(LuaComponentTest, StoredScriptsLoadAndHandleEvents)
         EXPECT_EQ("5", Display(value));
         OSADispose(component_, value);
     }
-    AppleEvent quit;
-    AECreateAppleEvent(kCoreEventClass, kAEQuitApplication, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &quit);
     ASSERT_EQ(noErr, OSAExecuteEvent(component_, &quit, loaded, kOSAModeNull, &value));
     EXPECT_EQ("\"bye\"", Display(value));
-    AppleEvent open;
-    AECreateAppleEvent(kCoreEventClass, kAEOpenDocuments, nullptr, kAutoGenerateReturnID, kAnyTransactionID, &open);
     EXPECT_EQ(errAEEventNotHandled, OSAExecuteEvent(component_, &open, loaded, kOSAModeNull, &value));
     EXPECT_EQ(kOSANullScript, value);
     EXPECT_EQ(errAENotAppleEvent, OSAExecuteEvent(component_, &stored, loaded, kOSAModeNull, &value));
