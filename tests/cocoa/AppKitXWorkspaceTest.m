@@ -46,21 +46,15 @@ KT_CASE(OpenShowAndOpenAsURL)
     KGUISharedApplication();
     NSString *note = [Root() stringByAppendingPathComponent:@"home/note.txt"];
     KT_ASSERT([@"note" writeToFile:note atomically:NO encoding:NSUTF8StringEncoding error:NULL]);
-
-    KT_EXPECT([note open]);
-    KT_EXPECT(Ran([@"desktop " stringByAppendingString:note]));
+    KT_EXPECT([note open] && Ran([@"desktop " stringByAppendingString:note]));
     if ([[@"~/note.txt" stringByExpandingTildeInPath] isEqual:note]) {
-        KT_EXPECT([@"~/note.txt" open]);
-        KT_EXPECT(Ran([@"desktop " stringByAppendingString:note]));
+        KT_EXPECT([@"~/note.txt" open] && Ran([@"desktop " stringByAppendingString:note]));
     }
     KT_EXPECT([@"koru://hello/world" openAsURL]);
     KT_EXPECT(Ran(@"desktop koru://hello/world"));
     KT_EXPECT([[@"file://" stringByAppendingString:note] openAsURL]);
-
     /* The file viewer shows the folder holding the item. */
-    KT_EXPECT([note show]);
-    KT_EXPECT(Ran([@"desktop " stringByAppendingString:[note stringByDeletingLastPathComponent]]));
-
+    KT_EXPECT([note show] && Ran([@"desktop " stringByAppendingString:[note stringByDeletingLastPathComponent]]));
     NSString *missing = [Root() stringByAppendingPathComponent:@"home/missing.txt"];
     KT_EXPECT(![missing open] && ![missing show] && ![@"" open] && ![@"" show]);
     KT_EXPECT(![@"not a url" openAsURL] && ![@"" openAsURL]);
@@ -73,7 +67,6 @@ KT_CASE(ApplicationsFoundAndLaunched)
     NSWorkspace *workspace = [NSWorkspace sharedWorkspace];
     NSString *bundle = [Root() stringByAppendingPathComponent:@"home/GNUstep/Applications/KoruRecorder.app"];
     NSString *desktop = [Root() stringByAppendingPathComponent:@"data/applications/koru-recorder.desktop"];
-
     KT_EXPECT_EQUAL_OBJECTS([workspace applicationForName:@"KoruRecorder" creator:nil identifier:nil], bundle);
     KT_EXPECT_EQUAL_OBJECTS([workspace applicationForName:nil creator:@"KoRu" identifier:nil], bundle);
     KT_EXPECT_EQUAL_OBJECTS([workspace applicationForName:@"KoruRecorder.app" creator:@"KoRu"
@@ -83,10 +76,8 @@ KT_CASE(ApplicationsFoundAndLaunched)
     KT_EXPECT([workspace applicationForName:nil creator:@"None" identifier:nil] == nil);
     KT_EXPECT([workspace applicationForName:@"KoruRecorder" creator:@"KoRu" identifier:@"org.other"] == nil);
     KT_EXPECT([workspace applicationForName:nil creator:@"too long" identifier:nil] == nil);
-
     [workspace findApplications];
-    KT_EXPECT([workspace launchApplication:@"KoruRecorder" withLaunchFlags:kLSLaunchDefaults]);
-    KT_EXPECT(Ran(@"bundle"));
+    KT_EXPECT([workspace launchApplication:@"KoruRecorder" withLaunchFlags:kLSLaunchDefaults] && Ran(@"bundle"));
     KT_EXPECT(![workspace launchApplication:@"" withLaunchFlags:kLSLaunchDefaults]);
     KT_EXPECT(![workspace launchApplication:nil withLaunchFlags:kLSLaunchDefaults]);
     KT_EXPECT(![workspace launchApplication:@"NoSuchKoruApplication" withLaunchFlags:kLSLaunchDefaults]);
@@ -182,7 +173,6 @@ static void MakeDesktop(const char root[1024])
               "{\n  NSExecutable = KoruRecorder;\n  CFBundleExecutable = KoruRecorder;\n"
               "  CFBundleIdentifier = org.koru.recorder;\n  CFBundleSignature = KoRu;\n"
               "  CFBundleName = KoruRecorder;\n}\n", 0600);
-
     char path[2048];
     snprintf(path, sizeof path, "%s/home", root);
     setenv("HOME", path, 1);

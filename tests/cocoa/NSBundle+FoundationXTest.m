@@ -30,15 +30,12 @@ KT_CASE(PathsBesideTheBundleAndItsExecutable)
                        encoding:NSUTF8StringEncoding error:NULL];
     NSBundle *bundle = [NSBundle bundleWithPath:path];
     KT_ASSERT(bundle != nil);
-
     KT_EXPECT_EQUAL_OBJECTS([bundle directoryPath], folder);
     KT_EXPECT_EQUAL_OBJECTS([bundle neighborPath:@"beside.txt"], [folder stringByAppendingPathComponent:@"beside.txt"]);
     KT_EXPECT_EQUAL_OBJECTS([bundle identifiedName], @"org.koru.test.tool");
     NSString *executableFolder = [[bundle executablePath] stringByDeletingLastPathComponent];
     KT_EXPECT_EQUAL_OBJECTS([bundle executablePath:@"helper"], [executableFolder stringByAppendingPathComponent:@"helper"]);
-    KT_EXPECT([bundle executablePath:nil] == nil);
-    KT_EXPECT([bundle neighborPath:nil] == nil);
-
+    KT_EXPECT([bundle executablePath:nil] == nil && [bundle neighborPath:nil] == nil);
     system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
 }
 
