@@ -51,7 +51,8 @@ static NSString *MakeFolder(void)
 }
 
 @interface PanelDelegate : NSObject {
-@public int ended, code;
+@public
+    int ended, code;
     void *context;
     NSString *prompt, *title, *filename;
     BOOL chooseDirectories, multiple;
@@ -190,7 +191,8 @@ KT_CASE(GenericAlerts)
 
 /* Records the width the text has while it prints. */
 @interface RecordingTextView : NSTextView {
-@public CGFloat printedWidth;
+@public
+    CGFloat printedWidth;
     int documents;
 }
 @end
@@ -240,7 +242,8 @@ KT_CASE(PrintAtPageWidth)
 }
 
 @interface DragInfo : NSObject {
-@public NSPasteboard *pasteboard;
+@public
+    NSPasteboard *pasteboard;
 }
 @end
 

@@ -44,7 +44,8 @@ static void RunLoopUntil(volatile BOOL *flag)
 }
 
 @interface RunObserver : NSObject {
-@public BOOL notified, onMainThread;
+@public
+    BOOL notified, onMainThread;
     id object;
 }
 @end
@@ -59,7 +60,8 @@ static void RunLoopUntil(volatile BOOL *flag)
 @end
 
 @interface ChunkDelegate : NSObject {
-@public NSMutableData *firstChunk;
+@public
+    NSMutableData *firstChunk;
     int outputCalls, errorCalls;
     BOOL calledOnMainThread, answer;
 }
@@ -293,7 +295,8 @@ KT_CASE(AsynchronousFailureAndKillAreNotifiedToo)
 
 /* Counts the notifications of a batch of runs and lets go of each tool. */
 @interface BatchObserver : NSObject {
-@public NSMutableArray *running;
+@public
+    NSMutableArray *running;
     int notified;
 }
 @end
@@ -355,7 +358,8 @@ KT_CASE(KillAtAnyMomentOfARunIsHarmless)
 
 /* Raises at the first chunk, which is the child's process number. */
 @interface RaisingDelegate : NSObject {
-@public int pid;
+@public
+    int pid;
 }
 @end
 

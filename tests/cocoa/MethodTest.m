@@ -6,7 +6,8 @@
 #include <objc/runtime.h>
 
 @interface Target : NSObject {
-@public int mCalls;
+@public
+    int mCalls;
 }
 @end
 

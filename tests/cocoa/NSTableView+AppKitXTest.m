@@ -6,7 +6,8 @@
 #include <KORU/KORU.h>
 
 @interface Rows : NSObject {
-@public int count;
+@public
+    int count;
 }
 @end
 

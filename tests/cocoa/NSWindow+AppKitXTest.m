@@ -7,7 +7,8 @@
 #include <math.h>
 
 @interface SheetDelegate : NSObject {
-@public int calls, code;
+@public
+    int calls, code;
     void *context;
     NSWindow *sheet;
 }

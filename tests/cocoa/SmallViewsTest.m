@@ -45,7 +45,8 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
 
 /* Plays the user's part inside the drag and menu loops. */
 @interface Player : NSObject {
-@public NSMenu *mMenu;
+@public
+    NSMenu *mMenu;
     NSInteger mItem;
     NSRect mMenuFrame;
     BOOL mMenuVisible;
@@ -126,7 +127,8 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
 
 /* Answers its own menu for a contextual click, and keeps the click. */
 @interface ContextButton : MenuButton {
-@public Player *mPlayer;
+@public
+    Player *mPlayer;
 }
 @end
 

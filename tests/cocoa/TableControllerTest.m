@@ -11,7 +11,8 @@ static NSString *const kRowsType = @"KORUTableTestRows";
 /* A delegate that implements every optional method and records its calls. */
 #pragma GCC diagnostic ignored "-Wunused-parameter"
 @interface Recorder : NSObject {
-@public NSMutableArray *calls;
+@public
+    NSMutableArray *calls;
 }
 @end
 

@@ -8,7 +8,8 @@
 /* Answers a verdict per path (by its last component, else the default) and
  * records the paths it was shown. */
 @interface Verdicts : NSObject {
-@public NSMutableArray *mSeen;
+@public
+    NSMutableArray *mSeen;
     NSDictionary *mVerdicts;
     int mDefault;
 }
