@@ -26,21 +26,18 @@ static void Say(NSString *line)
 @end
 
 @implementation Tracked
-
 - (id)initWithName:(NSString *)name
 {
     if ((self = [super init]) != nil)
         mName = [name copy];
     return self;
 }
-
 - (void)dealloc
 {
     Say([NSString stringWithFormat:@"released %@", mName]);
     [mName release];
     [super dealloc];
 }
-
 @end
 
 static void AddTracked(NSString *name, BOOL fromC)

@@ -148,7 +148,8 @@ KT_CASE(MembershipUsesTheSelectorAsAnEqualityTest)
     NSArray *array = [NSArray arrayWithObjects:@"one", [NSNumber numberWithInt:2], @"three", nil];
     KT_EXPECT([array containsObject:@"ONE" usingSelector:@selector(caseInsensitiveCompare:)]);
     KT_EXPECT(![array containsObject:@"four" usingSelector:@selector(caseInsensitiveCompare:)]);
-    KT_EXPECT(![array containsObject:nil usingSelector:@selector(compare:)] && ![array containsObject:@"one" usingSelector:NULL]);
+    KT_EXPECT(![array containsObject:nil usingSelector:@selector(compare:)] &&
+              ![array containsObject:@"one" usingSelector:NULL]);
     // Elements that cannot answer, or raise while comparing, are no match.
     KT_EXPECT(![array containsObject:@"one" usingSelector:@selector(koruNoSuchOrder:)]);
     KT_EXPECT(![array containsObject:[NSNumber numberWithInt:3] usingSelector:@selector(compare:)]);
@@ -174,8 +175,10 @@ KT_CASE(ArraysLoadFromResourcesAndPropertyListData)
     NSBundle *bundle = [NSBundle bundleWithPath:[folder stringByAppendingPathComponent:@"Test.bundle"]];
     NSArray *loaded = [NSMutableArray arrayWithResource:@"Rows.plist" ofBundle:bundle];
     KT_EXPECT([loaded isEqual:rows] && [loaded isKindOfClass:[NSMutableArray class]]);
-    KT_EXPECT([NSArray arrayWithResource:@"Rows" ofBundle:bundle] == nil && [NSArray arrayWithResource:@"Map.plist" ofBundle:bundle] == nil);
-    KT_EXPECT([NSArray arrayWithResource:nil ofBundle:bundle] == nil && [NSArray arrayWithResource:@"Rows.plist" ofBundle:nil] == nil);
+    KT_EXPECT([NSArray arrayWithResource:@"Rows" ofBundle:bundle] == nil &&
+              [NSArray arrayWithResource:@"Map.plist" ofBundle:bundle] == nil);
+    KT_EXPECT([NSArray arrayWithResource:nil ofBundle:bundle] == nil &&
+              [NSArray arrayWithResource:@"Rows.plist" ofBundle:nil] == nil);
     NSData *xml = (NSData *)CFPropertyListCreateXMLData(NULL, (CFPropertyListRef)rows);
     loaded = [NSMutableArray arrayWithXMLData:xml];
     KT_EXPECT([loaded isEqual:rows] && [loaded isKindOfClass:[NSMutableArray class]]);

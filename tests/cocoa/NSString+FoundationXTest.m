@@ -73,10 +73,22 @@ static void RestoreEnvironment(NSDictionary *saved)
     }
 }
 
-KT_CASE(ExistenceKindsAndTheFlagCache)
+/* A case given a fresh private folder, removed however the case ends. */
+#define FOLDER_CASE(name)                              \
+    static void name##Body(NSString *folder);          \
+    KT_CASE(name)                                      \
+    {                                                  \
+        NSString *folder = MakeFolder();               \
+        KT_EXPECT(folder != nil);                      \
+        if (folder != nil) {                           \
+            name##Body(folder);                        \
+            RemoveFolder(folder);                      \
+        }                                              \
+    }                                                  \
+    static void name##Body(NSString *folder)
+
+FOLDER_CASE(ExistenceKindsAndTheFlagCache)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSString *file = Write(folder, @"a.txt", @"words");
     NSString *app = [folder stringByAppendingPathComponent:@"Tool.app"];
     [app createDirectory];
@@ -106,13 +118,10 @@ KT_CASE(ExistenceKindsAndTheFlagCache)
     KT_EXPECT_EQUAL_OBJECTS((NSString *)record.extension, @"txt");
     CFRelease(record.extension);
     KT_EXPECT(![missing getLSItemInfoRecord:&record whichInfo:kLSRequestAllInfo] && record.extension == NULL);
-    RemoveFolder(folder);
 }
 
-KT_CASE(MachOMagicTypeCreatorAndSizes)
+FOLDER_CASE(MachOMagicTypeCreatorAndSizes)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSString *fat = [folder stringByAppendingPathComponent:@"fat"];
     [[NSData dataWithBytes:"\xCA\xFE\xBA\xBE\0\0\0\2" length:8] writeToFile:fat atomically:NO];
     NSString *shortFile = [folder stringByAppendingPathComponent:@"short"];
@@ -146,7 +155,6 @@ KT_CASE(MachOMagicTypeCreatorAndSizes)
     FSCatalogInfo info;
     KT_EXPECT([note getFSCatalogInfo:&info ofBitmap:kFSCatInfoDataSizes] && info.dataLogicalSize == 10);
     KT_EXPECT(![note getFSCatalogInfo:NULL ofBitmap:kFSCatInfoDataSizes]);
-    RemoveFolder(folder);
 }
 
 KT_CASE(TypeCodesAsStrings)
@@ -164,10 +172,8 @@ KT_CASE(TypeCodesAsStrings)
     KT_EXPECT_EQUAL_OBJECTS(code, @"fold/inside");
 }
 
-KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
+FOLDER_CASE(CreatingCopyingAndRemovingKeepForksAndData)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSFileManager *manager = [NSFileManager defaultManager];
     NSString *file = Write(folder, @"file.txt", @"content");
     KT_EXPECT([@"" createDirectories] && ![@"" createDirectory]);
@@ -207,13 +213,10 @@ KT_CASE(CreatingCopyingAndRemovingKeepForksAndData)
     KT_EXPECT([[manager fileAttributesAtPath:copy traverseLink:NO] fileSize] == 0 && [copy remove] && ![copy exists]);
     KT_EXPECT(![manager fileExistsAtPath:[folder stringByAppendingPathComponent:@"out/sub/._copy.txt"]]);
     KT_EXPECT([[folder stringByAppendingPathComponent:@"x"] remove] && ![deep exists] && ![@"" remove]);
-    RemoveFolder(folder);
 }
 
-KT_CASE(SubfilepathsListFilesAndPackagesOnly)
+FOLDER_CASE(SubfilepathsListFilesAndPackagesOnly)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     Write(folder, @"a.app/Contents/Info.plist", @"{}");
     Write(folder, @"a.apple.txt", @"");
     Write(folder, @"b.txt", @"");
@@ -224,13 +227,10 @@ KT_CASE(SubfilepathsListFilesAndPackagesOnly)
     NSArray *expected = [NSArray arrayWithObjects:@"a.app", @"a.apple.txt", @"b.txt", @"sub/c.txt", @"sub/d.bundle", nil];
     KT_EXPECT_EQUAL_OBJECTS([[folder subfilepaths] sortedArrayUsingSelector:@selector(compare:)], expected);
     KT_EXPECT([[[folder stringByAppendingPathComponent:@"missing"] subfilepaths] count] == 0);
-    RemoveFolder(folder);
 }
 
-KT_CASE(ReferencesPathsAndBundles)
+FOLDER_CASE(ReferencesPathsAndBundles)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSString *file = Write(folder, @"r\u00E9sum\u00E9.txt", @"bytes");
     FSRef ref;
     KT_EXPECT([file getFSRef:&ref] && [[NSMutableString stringWithFSRef:&ref] isEqual:file]);
@@ -254,15 +254,13 @@ KT_CASE(ReferencesPathsAndBundles)
     NSString *url = [[NSURL fileURLWithPath:file] absoluteString];
     KT_EXPECT_EQUAL_OBJECTS([url URLContents], [@"bytes" dataUsingEncoding:NSUTF8StringEncoding]);
     KT_EXPECT([@"not a URL at all" URLContents] == nil && [@"file:///koru/nothing/here" URLContents] == nil);
-    KT_EXPECT([@"/a/B" compareAsPath:@"/a/b/"] == NSOrderedSame && [@"/a/file10" compareAsPath:@"/a/file9"] == NSOrderedDescending);
+    KT_EXPECT([@"/a/B" compareAsPath:@"/a/b/"] == NSOrderedSame &&
+              [@"/a/file10" compareAsPath:@"/a/file9"] == NSOrderedDescending);
     KT_EXPECT([@"/a" compareAsPath:nil] == (NSComparisonResult)2147483647);
-    RemoveFolder(folder);
 }
 
-KT_CASE(AliasesAndStorableDictionariesFollowMovedItems)
+FOLDER_CASE(AliasesAndStorableDictionariesFollowMovedItems)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSString *file = Write(folder, @"first.txt", @"one");
     NSData *alias = [file aliasData];
     NSDictionary *stored = [file storeableDictionary];
@@ -299,13 +297,10 @@ KT_CASE(AliasesAndStorableDictionariesFollowMovedItems)
     KT_EXPECT([other original] == nil && [@"" original] == nil);
     unlink([other fileSystemRepresentation]);
     KT_EXPECT([second original] == nil);
-    RemoveFolder(folder);
 }
 
-KT_CASE(ProcessesOfABundledChild)
+FOLDER_CASE(ProcessesOfABundledChild)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSMutableDictionary *environment = [NSMutableDictionary dictionary];
     SetEnvironment(environment, "DISPLAY", nil); // the front process is then this one
     NSString *app = [folder stringByAppendingPathComponent:@"Napper.app"];
@@ -326,13 +321,10 @@ KT_CASE(ProcessesOfABundledChild)
     KT_EXPECT(![app isRunningProcess] && ![app getProcessSerialNumber:&psn] && psn.lowLongOfPSN == 0);
     KT_EXPECT(![[folder stringByAppendingPathComponent:@"missing"] isRunningProcess]);
     RestoreEnvironment(environment);
-    RemoveFolder(folder);
 }
 
-KT_CASE(LaunchingApplicationsAndFolders)
+FOLDER_CASE(LaunchingApplicationsAndFolders)
 {
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSMutableDictionary *environment = [NSMutableDictionary dictionary];
     NSString *record = [folder stringByAppendingPathComponent:@"ran.txt"];
     NSString *recorder = Write(folder, @"record.sh", [NSString stringWithFormat:@"#!/bin/sh\necho ran >> '%@'\n", record]);
@@ -361,17 +353,14 @@ KT_CASE(LaunchingApplicationsAndFolders)
     KT_EXPECT([own existsDirectory] && [own isEqual:[temporary stringByAppendingPathComponent:@"NSString+FoundationXTest"]]);
     KT_EXPECT([NSString stringWithFindFolder:kUserDomain type:0x6E6F6E65 createFolder:NO] == nil); // 'none'
     RestoreEnvironment(environment);
-    RemoveFolder(folder);
 }
 
-KT_CASE(ScriptsRunAsLua)
+FOLDER_CASE(ScriptsRunAsLua)
 {
     KT_EXPECT_EQUAL_OBJECTS([@"return 1 + 2" executeAppleScript], @"3");
     KT_EXPECT([@"local x = 1" executeAppleScript] == nil && [@"" executeAppleScript] == nil);
     NSString *error = [@"return +" executeAppleScript];
     KT_EXPECT_MSG([error rangeOfString:@"unexpected symbol"].location != NSNotFound, @"%@", error);
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
     NSString *script = Write(folder, @"handlers.lua", @"greeting = 'hello'\n"
                                                      @"function run() return greeting end\n"
                                                      @"function KORUping(who) return greeting .. ' ' .. who end\n");
@@ -394,7 +383,6 @@ KT_CASE(ScriptsRunAsLua)
     KT_EXPECT([[folder stringByAppendingPathComponent:@"missing.lua"] OSALoadFile:component] == kOSANullScript &&
               [script OSALoadFile:NULL] == kOSANullScript);
     CloseComponent(component);
-    RemoveFolder(folder);
 }
 
 KT_CASE(FailedChecksAreLoggedWithMethodAndLine)

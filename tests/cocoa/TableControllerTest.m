@@ -108,7 +108,6 @@ static NSString *const kRowsType = @"KORUTableTestRows";
 - (BOOL)tableView:(NSTableView *)tableView writeRowsWithIndexes:(NSIndexSet *)rows
      toPasteboard:(NSPasteboard *)pasteboard
 { return YES; }
-
 @end
 
 /* The last call of a kind: drawing asks for values at any time. */
@@ -307,7 +306,8 @@ KT_CASE(CommandsAreOfferedOnlyWhenTheyCanWork)
     // Without a selection only paste is offered, also along the table's responder chain.
     [gTable deselectAll:nil];
     KT_EXPECT(![controller respondsToSelector:@selector(delete:)] && ![controller respondsToSelector:@selector(cut:)]);
-    KT_EXPECT([controller respondsToSelector:@selector(paste:)] && ![controller respondsToSelector:@selector(sortSelection:)]);
+    KT_EXPECT([controller respondsToSelector:@selector(paste:)]);
+    KT_EXPECT(![controller respondsToSelector:@selector(sortSelection:)]);
     KT_EXPECT(![gTable tryToPerform:@selector(copy:) with:nil]);
 }
 

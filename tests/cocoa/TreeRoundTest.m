@@ -109,7 +109,8 @@ KT_CASE(VerdictsSteerTheWalk)
     /* Any other non-zero verdict: seen, but not descended into. */
     NSArray *seen = Relative(Walk([NSDictionary dictionaryWithObject:[NSNumber numberWithInt:1] forKey:@"a"],
                                   TreeRoundDescend, &answer)->mSeen);
-    KT_EXPECT(answer && [seen containsObject:@"a"] && ![seen containsObject:@"a/a2.txt"] && [seen containsObject:@"b/b3.txt"]);
+    KT_EXPECT(answer && [seen containsObject:@"a"] && [seen containsObject:@"b/b3.txt"]);
+    KT_EXPECT(![seen containsObject:@"a/a2.txt"]);
     /* 0x2: the rest of b is skipped, the walk goes on with the other folders. */
     NSArray *listed = [[NSFileManager defaultManager] directoryContentsAtPath:[gRoot stringByAppendingPathComponent:@"b"]];
     NSString *firstOfB = [listed objectAtIndex:0];
