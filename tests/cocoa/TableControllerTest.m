@@ -17,12 +17,6 @@ static NSString *const kRowsType = @"KORUTableTestRows";
 @end
 
 @implementation Recorder
-- (id)init
-{
-    if ((self = [super init]) != nil)
-        calls = [[NSMutableArray alloc] init];
-    return self;
-}
 - (void)dealloc
 {
     [calls release];
@@ -30,6 +24,8 @@ static NSString *const kRowsType = @"KORUTableTestRows";
 }
 - (void)note:(NSString *)what, ...
 {
+    if (calls == nil)
+        calls = [[NSMutableArray alloc] init];
     NSMutableArray *call = [NSMutableArray arrayWithObject:what];
     va_list list;
     va_start(list, what);
