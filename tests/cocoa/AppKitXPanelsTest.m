@@ -67,6 +67,7 @@ static NSString *MakeFolder(void)
     [filename release];
     [super dealloc];
 }
+
 - (void)panelDidEnd:(NSSavePanel *)panel returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     ended++;
@@ -83,6 +84,7 @@ static NSString *MakeFolder(void)
         multiple = [(NSOpenPanel *)panel allowsMultipleSelection];
     }
 }
+
 - (void)alertDidEnd:(NSWindow *)sheet returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     (void)sheet;
@@ -90,6 +92,7 @@ static NSString *MakeFolder(void)
     code = returnCode;
     context = contextInfo;
 }
+
 - (void)alertDidDismiss:(NSWindow *)sheet returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     (void)sheet, (void)returnCode, (void)contextInfo;

@@ -78,6 +78,7 @@ static void RunLoopUntil(volatile BOOL *flag)
     [firstChunk release];
     [super dealloc];
 }
+
 - (BOOL)commandTool:(CommandTool *)tool readStandardOutputData:(NSData *)data
 {
     (void)tool;
@@ -87,6 +88,7 @@ static void RunLoopUntil(volatile BOOL *flag)
     calledOnMainThread = calledOnMainThread || [NSThread isMainThread];
     return answer;
 }
+
 - (BOOL)commandTool:(CommandTool *)tool readStandardErrorData:(NSData *)data
 {
     (void)tool;

@@ -22,6 +22,7 @@ static void Say(NSString *line)
 @interface Tracked : NSObject {
     NSString *mName;
 }
+
 - (id)initWithName:(NSString *)name;
 @end
 
@@ -32,6 +33,7 @@ static void Say(NSString *line)
         mName = [name copy];
     return self;
 }
+
 - (void)dealloc
 {
     Say([NSString stringWithFormat:@"released %@", mName]);

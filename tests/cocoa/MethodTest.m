@@ -17,11 +17,13 @@
     mCalls++;
     return @"none";
 }
+
 - (id)echo:(id)object
 {
     mCalls++;
     return object;
 }
+
 - (id)join:(id)first with:(id)second
 {
     mCalls++;

@@ -17,12 +17,14 @@
     (void)table;
     return count;
 }
+
 - (id)tableView:(NSTableView *)table objectValueForTableColumn:(NSTableColumn *)column
             row:(NSInteger)row
 {
     (void)table;
     return [NSString stringWithFormat:@"%@ %ld", [column identifier], (long)row];
 }
+
 - (void)tableView:(NSTableView *)table setObjectValue:(id)value
    forTableColumn:(NSTableColumn *)column row:(NSInteger)row
 {

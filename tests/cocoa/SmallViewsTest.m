@@ -63,16 +63,19 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     [mCaptured release];
     [super dealloc];
 }
+
 - (void)after:(NSTimeInterval)delay perform:(SEL)selector with:(id)object
 {
     [self performSelector:selector withObject:object afterDelay:delay
                   inModes:[NSArray arrayWithObjects:NSEventTrackingRunLoopMode, NSDefaultRunLoopMode,
                                                     NSModalPanelRunLoopMode, nil]];
 }
+
 - (void)releaseMouse:(NSWindow *)window
 {
     [NSApp postEvent:MouseEvent(NSLeftMouseUp, NSMakePoint(1, 1), window) atStart:NO];
 }
+
 /* Points at the menu's item, then lets go of the mouse there. */
 - (void)pointAtItem:(id)unused
 {
@@ -91,6 +94,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     mTries = 0;
     [self after:0.2 perform:@selector(releaseOverItem:) with:menuWindow];
 }
+
 /* Lets go once the menu has followed the pointer to the item. */
 - (void)releaseOverItem:(NSWindow *)menuWindow
 {
@@ -99,6 +103,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     else
         [self releaseMouse:menuWindow];
 }
+
 /* Answers the modal alert; an event, and a timer that wakes the run loop to
  * take it, let the modal loop notice. */
 - (void)answerAlert:(id)unused
@@ -117,6 +122,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
              atStart:NO];
     [self after:0.1 perform:@selector(wake:) with:nil];
 }
+
 - (void)wake:(id)unused { (void)unused; }
 - (void)chosen:(id)sender
 {

@@ -22,6 +22,7 @@ static NSString *const kRowsType = @"KORUTableTestRows";
     [calls release];
     [super dealloc];
 }
+
 - (void)note:(NSString *)what, ...
 {
     if (calls == nil)
@@ -34,17 +35,20 @@ static NSString *const kRowsType = @"KORUTableTestRows";
     va_end(list);
     [calls addObject:call];
 }
+
 - (NSMutableDictionary *)tableController:(TableController *)controller makeInitialRowForIndex:(int)index
 {
     [self note:@"make", controller, [NSNumber numberWithInt:index], nil];
     return [NSMutableDictionary dictionaryWithObject:[NSString stringWithFormat:@"new%d", index] forKey:kName];
 }
+
 - (id)tableController:(TableController *)controller convertVisibleValue:(id)value
     forColumnIdentifier:(id)identifier row:(int)row
 {
     [self note:@"show", controller, value ? value : @"nil", identifier, [NSNumber numberWithInt:row], nil];
     return [value isEqual:@"hidden"] ? nil : [NSString stringWithFormat:@"<%@>", value];
 }
+
 /* Cells hand back what was shown: "<x>" is x again. */
 - (id)tableController:(TableController *)controller convertSetEditedValue:(id)value
     forColumnIdentifier:(id)identifier row:(int)row
@@ -56,16 +60,19 @@ static NSString *const kRowsType = @"KORUTableTestRows";
         return [value substringWithRange:NSMakeRange(1, [value length] - 2)];
     return value;
 }
+
 - (void)tableController:(TableController *)controller delete:(id)sender
 {
     [self note:@"delete", controller, sender ? sender : @"nil", nil];
 }
+
 - (void)tableController:(TableController *)controller copy:(id)sender
 {
     NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
     [pasteboard declareTypes:[NSArray arrayWithObject:kRowsType] owner:nil];
     [pasteboard setPropertyList:[controller selectedDatasourceArray] forType:kRowsType];
 }
+
 - (NSArray *)tableController:(TableController *)controller paste:(id)sender
 {
     NSMutableArray *rows = [NSMutableArray array];
@@ -73,20 +80,24 @@ static NSString *const kRowsType = @"KORUTableTestRows";
         [rows addObject:[[row mutableCopy] autorelease]];
     return rows;
 }
+
 - (NSComparisonResult)tableController:(TableController *)controller compareRows:(id)row1 with:(id)row2
 {
     return [[row1 objectForKey:kName] compare:[row2 objectForKey:kName]];
 }
+
 - (BOOL)tableController:(TableController *)controller enumerateRows:(id)row
 {
     [self note:@"row", [row objectForKey:kName], nil];
     return ![[row objectForKey:kName] isEqual:@"stop"];
 }
+
 - (BOOL)tableController:(TableController *)controller enumerateSelectedRows:(id)row
 {
     [self note:@"selected", [row objectForKey:kName], nil];
     return YES;
 }
+
 /* Each change of the table's selection, as the rows then selected: "1,2". */
 - (void)tableViewSelectionDidChange:(NSNotification *)notification
 {
@@ -96,14 +107,21 @@ static NSString *const kRowsType = @"KORUTableTestRows";
         [list addObject:[NSString stringWithFormat:@"%lu", (unsigned long)row]];
     [self note:@"selection", [list componentsJoinedByString:@","], nil];
 }
+
 - (NSDragOperation)tableView:(NSTableView *)tableView validateDrop:(id<NSDraggingInfo>)info
                  proposedRow:(NSInteger)row proposedDropOperation:(NSTableViewDropOperation)operation
-{ return NSDragOperationCopy; }
+{
+    return NSDragOperationCopy;
+}
 - (BOOL)tableView:(NSTableView *)tableView writeRows:(NSArray *)rows toPasteboard:(NSPasteboard *)pasteboard
-{ return YES; }
+{
+    return YES;
+}
 - (BOOL)tableView:(NSTableView *)tableView writeRowsWithIndexes:(NSIndexSet *)rows
      toPasteboard:(NSPasteboard *)pasteboard
-{ return YES; }
+{
+    return YES;
+}
 @end
 
 /* The last call of a kind: drawing asks for values at any time. */

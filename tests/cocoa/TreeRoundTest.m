@@ -22,12 +22,14 @@
         mSeen = [[NSMutableArray alloc] init];
     return self;
 }
+
 - (void)dealloc
 {
     [mSeen release];
     [mVerdicts release];
     [super dealloc];
 }
+
 - (int)treeRoundEvaluatePath:(NSString *)path
 {
     [mSeen addObject:path];
