@@ -1,6 +1,5 @@
-/* The AppKitX panels, alerts, printing, documents, image views, text and
- * dragging pasteboards, on real windows of the test display.  Panels and
- * sheets run modally; a timer presses their buttons as a person would. */
+/* The AppKitX panels, alerts, printing, documents, image views, text and dragging
+ * pasteboards on real windows; a timer presses the modal buttons as a person would. */
 #import "KTest.h"
 #import "KGUI.h"
 
@@ -53,7 +52,7 @@ static NSString *MakeFolder(void)
 
 @interface PanelDelegate : NSObject {
 @public
-    int ended, dismissed, code;
+    int ended, code;
     void *context;
     NSString *prompt, *title, *filename;
     BOOL chooseDirectories, multiple;
@@ -68,6 +67,7 @@ static NSString *MakeFolder(void)
     [filename release];
     [super dealloc];
 }
+
 - (void)panelDidEnd:(NSSavePanel *)panel returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     ended++;
@@ -84,6 +84,7 @@ static NSString *MakeFolder(void)
         multiple = [(NSOpenPanel *)panel allowsMultipleSelection];
     }
 }
+
 - (void)alertDidEnd:(NSWindow *)sheet returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     (void)sheet;
@@ -91,10 +92,10 @@ static NSString *MakeFolder(void)
     code = returnCode;
     context = contextInfo;
 }
+
 - (void)alertDidDismiss:(NSWindow *)sheet returnCode:(int)returnCode contextInfo:(void *)contextInfo
 {
     (void)sheet, (void)returnCode, (void)contextInfo;
-    dismissed++;
 }
 @end
 
@@ -106,7 +107,6 @@ KT_CASE(OpenAndSavePanelSheets)
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 420, 300), @"Panels");
     PanelDelegate *delegate = [[[PanelDelegate alloc] init] autorelease];
     int context = 0;
-
     PressWhenModal(@"Cancel");
     KT_EXPECT([NSOpenPanel beginSheetWithSetting:nil prompt:@"Choose" canChooseDirectories:YES
                                   canChooseFiles:YES allowsMultipleSelection:YES
@@ -120,7 +120,6 @@ KT_CASE(OpenAndSavePanelSheets)
     KT_EXPECT(delegate->ended == 1 && delegate->code == NSCancelButton && delegate->context == &context);
     KT_EXPECT_EQUAL_OBJECTS(delegate->prompt, @"Choose");
     KT_EXPECT(delegate->chooseDirectories && delegate->multiple);
-
     /* OK answers with the name given, in the folder given, with the
      * required type. */
     PressWhenModal(@"OK");
@@ -137,7 +136,6 @@ KT_CASE(OpenAndSavePanelSheets)
     KT_EXPECT_EQUAL_OBJECTS(delegate->title, @"Keep the draft");
     KT_EXPECT_EQUAL_OBJECTS([delegate->filename stringByStandardizingPath],
                             [[folder stringByAppendingPathComponent:@"draft.txt"] stringByStandardizingPath]);
-
     /* No window given and no main window: NO, nothing shown. */
     if ([NSApp mainWindow] == nil) {
         KT_EXPECT(![NSOpenPanel beginSheetWithSetting:nil prompt:nil canChooseDirectories:NO
@@ -161,23 +159,15 @@ KT_CASE(GenericAlerts)
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 420, 300), @"Alerts");
     PanelDelegate *delegate = [[[PanelDelegate alloc] init] autorelease];
     int context = 0;
-
-    /* Modal panels answer the button pressed; "%" in a message is text. */
-    PressWhenModal(@"Yes");
-    KT_EXPECT([NSPanel runGenericAlert:0 parent:nil modalDelegate:nil didEndSelector:NULL
-                    didDismissSelector:NULL contextInfo:NULL title:@"Plain" message:@"100% %@ %s"
-                         defaultButton:@"Yes" alternateButton:@"No" otherButton:@"Later"] == NSAlertDefaultReturn);
-    PressWhenModal(@"No");
-    KT_EXPECT([NSPanel runGenericAlert:1 parent:nil modalDelegate:nil didEndSelector:NULL
-                    didDismissSelector:NULL contextInfo:NULL title:@"Informational" message:nil
-                         defaultButton:@"Yes" alternateButton:@"No" otherButton:@"Later"] == NSAlertAlternateReturn);
-    PressWhenModal(@"Later");
-    KT_EXPECT([NSPanel runGenericAlert:2 parent:nil modalDelegate:nil didEndSelector:NULL
-                    didDismissSelector:NULL contextInfo:NULL title:@"Critical" message:@"Careful"
-                         defaultButton:@"Yes" alternateButton:@"No" otherButton:@"Later"] == NSAlertOtherReturn);
-
-    /* As a sheet: 1, and the delegate hears the button. */
+    /* Modal panels of each style answer the button pressed; "%" in a message
+     * is text.  As a sheet the answer is 1, and the delegate hears the button. */
+    NSString *buttons[] = {@"Yes", @"No", @"Later"};
+    int answers[] = {NSAlertDefaultReturn, NSAlertAlternateReturn, NSAlertOtherReturn};
     for (int style = 0; style <= 2; style++) {
+        PressWhenModal(buttons[style]);
+        KT_EXPECT([NSPanel runGenericAlert:style parent:nil modalDelegate:nil didEndSelector:NULL
+                        didDismissSelector:NULL contextInfo:NULL title:@"Modal" message:style == 1 ? nil : @"100% %@ %s"
+                             defaultButton:@"Yes" alternateButton:@"No" otherButton:@"Later"] == answers[style]);
         PressWhenModal(@"No");
         KT_EXPECT([NSPanel runGenericAlert:style parent:window modalDelegate:delegate
                             didEndSelector:@selector(alertDidEnd:returnCode:contextInfo:)
@@ -190,7 +180,6 @@ KT_CASE(GenericAlerts)
                       delegate->ended, delegate->code);
         KT_EXPECT([window attachedSheet] == nil);
     }
-
     /* Another style shows nothing. */
     NSUInteger windows = [[NSApp windows] count];
     KT_EXPECT([NSPanel runGenericAlert:3 parent:window modalDelegate:delegate didEndSelector:NULL
@@ -229,7 +218,6 @@ KT_CASE(PrintAtPageWidth)
     RecordingTextView *text = [[[RecordingTextView alloc] initWithFrame:NSMakeRect(0, 0, 300, 200)] autorelease];
     [text setString:@"A line long enough to wrap at one width and not at another, printed to a file."];
     [[window contentView] addSubview:text];
-
     /* The job is saved to a file, never sent to a printer. */
     NSPrintInfo *info = [NSPrintInfo sharedPrintInfo];
     [info setJobDisposition:NSPrintSaveJob];
@@ -237,11 +225,9 @@ KT_CASE(PrintAtPageWidth)
     [info setLeftMargin:36];
     [info setRightMargin:54];
     [info setVerticallyCentered:YES];
-
     PressWhenModal(@"Cancel");
     KT_EXPECT(![text runPrintModal]);
     KT_EXPECT(text->documents == 0 && ![[NSFileManager defaultManager] fileExistsAtPath:output]);
-
     PressWhenModal(@"OK");
     KGUIScheduleTimer(0.6, @selector(pressWhenModal:), @"Print");
     KT_EXPECT([text runPrintModal]);
@@ -251,11 +237,9 @@ KT_CASE(PrintAtPageWidth)
     double expected = ([info paperSize].width - [info leftMargin] - [info rightMargin]) / factor;
     KT_EXPECT_MSG(text->documents == 1 && fabs(text->printedWidth - expected) < 0.01, @"%d %g %g",
                   text->documents, (double)text->printedWidth, expected);
-    KT_EXPECT(NSEqualRects([text frame], NSMakeRect(0, 0, 300, 200)));
-    KT_EXPECT(![info isVerticallyCentered]);
+    KT_EXPECT((NSEqualRects([text frame], NSMakeRect(0, 0, 300, 200))) && ![info isVerticallyCentered]);
     NSData *page = [NSData dataWithContentsOfFile:output];
     KT_EXPECT(page != nil && [page length] > 4 && memcmp([page bytes], "%!PS", 4) == 0);
-
     KGUICloseWindow(window);
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }
@@ -282,21 +266,16 @@ KT_CASE(DraggingPasteboards)
     [pasteboard setString:@"dragged" forType:NSStringPboardType];
     NSArray *rows = [NSArray arrayWithObjects:@"one", @"two", nil];
     [pasteboard setPropertyList:rows forType:plistType];
-
     DragInfo *drag = [[[DragInfo alloc] init] autorelease];
     drag->pasteboard = pasteboard;
     KT_EXPECT_EQUAL_OBJECTS([drag pasteboardStringForType:NSStringPboardType], @"dragged");
     KT_EXPECT_EQUAL_OBJECTS([drag pasteboardPropertyListForType:plistType], rows);
-    KT_EXPECT_EQUAL_OBJECTS([drag pasteboardDataForType:NSStringPboardType],
-                            [pasteboard dataForType:NSStringPboardType]);
-    KT_EXPECT([drag pasteboardDataForType:NSStringPboardType] != nil);
-
+    KT_EXPECT([[drag pasteboardDataForType:NSStringPboardType] isEqual:[pasteboard dataForType:NSStringPboardType]]);
     KT_EXPECT([drag pasteboardStringForType:NSTIFFPboardType] == nil);
     KT_EXPECT([drag pasteboardDataForType:nil] == nil && [drag pasteboardPropertyListForType:@""] == nil);
     drag->pasteboard = nil;
     KT_EXPECT([drag pasteboardStringForType:NSStringPboardType] == nil);
-    NSObject *plain = [[[NSObject alloc] init] autorelease];
-    KT_EXPECT([plain pasteboardDataForType:NSStringPboardType] == nil);
+    KT_EXPECT([[[[NSObject alloc] init] autorelease] pasteboardDataForType:NSStringPboardType] == nil);
     [pasteboard releaseGlobally];
 }
 
@@ -305,11 +284,7 @@ KT_CASE(DocumentsIconsAndText)
     NSString *folder = MakeFolder();
     KT_ASSERT(folder != nil);
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 300, 200), @"Document");
-
-    KT_EXPECT([NSDocument current] == nil);
-    /* (Without a window manager no window of the test becomes the
-     * application's main window, so no document becomes current.) */
-
+    KT_EXPECT([NSDocument current] == nil); /* without a window manager no window is main */
     NSString *file = [folder stringByAppendingPathComponent:@"note.txt"];
     NSString *words = @"caf\u00e9 au lait\nsecond line";
     KT_ASSERT([words writeToFile:file atomically:NO encoding:NSUTF8StringEncoding error:NULL]);
@@ -323,16 +298,12 @@ KT_CASE(DocumentsIconsAndText)
     KT_EXPECT([icon image] == blank);
     [icon setIconImageForFile:file];
     KT_EXPECT([icon image] != nil && [icon image] != blank);
-    [icon setImage:blank];
-    [icon setIconImageForFiles:[NSArray arrayWithObject:file]];
-    KT_EXPECT([icon image] != nil && [icon image] != blank);
     NSArray *both = [NSArray arrayWithObjects:file, folder, nil];
     [icon setIconImageForFiles:both];
     KT_EXPECT([icon image] == [[NSWorkspace sharedWorkspace] iconForFiles:both]);
     [icon setImage:blank];
     [icon setIconImageForFileType:@"txt"];
     KT_EXPECT([icon image] != nil && [icon image] != blank);
-
     NSTextView *text = [[[NSTextView alloc] initWithFrame:NSMakeRect(0, 0, 200, 100)] autorelease];
     [text setString:@"kept"];
     [text setStringFromFile:nil encoding:NSUTF8StringEncoding];
@@ -341,7 +312,6 @@ KT_CASE(DocumentsIconsAndText)
     KT_EXPECT_EQUAL_OBJECTS([text string], @"kept");
     [text setStringFromFile:file encoding:NSUTF8StringEncoding];
     KT_EXPECT_EQUAL_OBJECTS([text string], words);
-
     KGUICloseWindow(window);
     [[NSFileManager defaultManager] removeItemAtPath:folder error:NULL];
 }

@@ -1,8 +1,6 @@
-/* DiskImage with real images and real FUSE mounts, through the disk-image
- * tools the library finds beside itself (also in a prefix moved elsewhere).
- * Every case detaches what it attached, also when it fails: each ends (and
- * the program exits) by unmounting every image that lives in the case's
- * private folder. */
+/* DiskImage with real images and FUSE mounts, through the disk-image tools the
+ * library finds beside itself (also in a moved prefix).  Every case, and the
+ * program's exit, unmounts each image living in the case's private folder. */
 /* dladdr */
 #define _GNU_SOURCE 1
 
@@ -25,16 +23,18 @@ static NSString *TemporaryFolder(void)
     return [NSString stringWithUTF8String:path];
 }
 
-static void RunProgram(const char *program, const char *argument1, const char *argument2)
+/* Runs program with up to three arguments (NULL ends them); its wait status, or -1. */
+static int RunProgram(const char *program, const char *argument1, const char *argument2, const char *argument3)
 {
     pid_t pid = fork();
     if (pid == 0) {
-        execlp(program, program, argument1, argument2, (char *)NULL);
+        execlp(program, program, argument1, argument2, argument3, (char *)NULL);
         _exit(127);
     }
-    int status;
+    int status = -1;
     if (pid > 0)
         waitpid(pid, &status, 0);
+    return status;
 }
 
 /* The mount-table fields are written with \ooo escapes. */
@@ -75,7 +75,7 @@ static void DetachTestImages(void)
         fclose(table);
     for (NSString *mountPoint in mountPoints) {
         fprintf(stderr, "cleaning up the mount at %s\n", [mountPoint UTF8String]);
-        RunProgram("fusermount3", "-u", [mountPoint fileSystemRepresentation]);
+        RunProgram("fusermount3", "-u", [mountPoint fileSystemRepresentation], NULL);
     }
     [pool release];
 }
@@ -105,21 +105,28 @@ static NSString *MakeSourceFolder(NSString *folder)
 {
     NSString *source = [folder stringByAppendingPathComponent:@"source folder"];
     NSString *documents = [source stringByAppendingPathComponent:@"Documents"];
-    [[NSFileManager defaultManager] createDirectoryAtPath:documents
-                              withIntermediateDirectories:YES
-                                               attributes:nil
+    [[NSFileManager defaultManager] createDirectoryAtPath:documents withIntermediateDirectories:YES attributes:nil
                                                     error:NULL];
-    [@"read me" writeToFile:[source stringByAppendingPathComponent:@"Read Me.txt"]
-                 atomically:NO
-                   encoding:NSUTF8StringEncoding
-                      error:NULL];
+    [@"read me" writeToFile:[source stringByAppendingPathComponent:@"Read Me.txt"] atomically:NO
+                   encoding:NSUTF8StringEncoding error:NULL];
     NSMutableData *large = [NSMutableData dataWithLength:300000];
     memset([large mutableBytes], 'k', [large length]);
     [large writeToFile:[documents stringByAppendingPathComponent:@"large.bin"] atomically:NO];
     return source;
 }
 
-static void CreateMountReadAndEject(void)
+/* A case whose body may return early (KT_ASSERT) and still has its
+ * images detached and its folder removed. */
+#define DISK_CASE(name)                 \
+    static void name##Body(void);       \
+    KT_CASE(name)                       \
+    {                                   \
+        name##Body();                   \
+        RemoveTestFolder();             \
+    }                                   \
+    static void name##Body(void)
+
+DISK_CASE(CreateMountReadAndEject)
 {
     NSString *folder = MakeTestFolder();
     KT_ASSERT(folder != nil);
@@ -131,72 +138,50 @@ static void CreateMountReadAndEject(void)
     KT_EXPECT([image mountPoint] == nil);
     KT_ASSERT([image createFromDirectory:source]);
     KT_ASSERT([[NSFileManager defaultManager] fileExistsAtPath:path]);
-
     NSString *mountPoint = [image mount];
     KT_ASSERT(mountPoint != nil);
     KT_EXPECT_EQUAL_OBJECTS([mountPoint stringByDeletingLastPathComponent], TemporaryFolder());
     KT_EXPECT_EQUAL_OBJECTS([image mountPoint], mountPoint);
     NSString *readMe = [NSString stringWithContentsOfFile:[mountPoint stringByAppendingPathComponent:@"Read Me.txt"]
-                                                 encoding:NSUTF8StringEncoding
-                                                    error:NULL];
+                                                 encoding:NSUTF8StringEncoding error:NULL];
     KT_EXPECT_EQUAL_OBJECTS(readMe, @"read me");
     NSData *large = [NSData dataWithContentsOfFile:[mountPoint stringByAppendingPathComponent:@"Documents/large.bin"]];
     KT_EXPECT([large length] == 300000 && ((const char *)[large bytes])[299999] == 'k');
-
     /* Attached already: the same mount point, and still one mount. */
     KT_EXPECT_EQUAL_OBJECTS([image mount], mountPoint);
-
     NSDictionary *report = [DiskImage frameworkInfomation];
     NSDictionary *entry = nil;
-    for (NSDictionary *candidate in [report objectForKey:@"images"]) {
+    for (NSDictionary *candidate in [report objectForKey:@"images"])
         if ([[candidate objectForKey:@"image-path"] isEqual:path])
             entry = candidate;
-    }
     KT_ASSERT(entry != nil);
     KT_EXPECT([[entry objectForKey:@"image-type"] hasPrefix:@"squashfs"]);
     NSArray *entities = [entry objectForKey:@"system-entities"];
-    KT_EXPECT([entities count] == 1);
+    KT_EXPECT([entities count] == 1 && [[[entities lastObject] objectForKey:@"dev-entry"] length] > 0);
     KT_EXPECT_EQUAL_OBJECTS([[entities lastObject] objectForKey:@"mount-point"], mountPoint);
     KT_EXPECT_EQUAL_OBJECTS([[entities lastObject] objectForKey:@"content-hint"], @"squashfs");
-    KT_EXPECT([[[entities lastObject] objectForKey:@"dev-entry"] length] > 0);
-
     KT_EXPECT_EQUAL_OBJECTS([[DiskImage mountingVolumes] objectForKey:mountPoint], path);
-    KT_EXPECT_EQUAL_OBJECTS([DiskImage filepathOfMountingVolume:mountPoint], path);
     KT_EXPECT_EQUAL_OBJECTS([DiskImage mountingVolumeOfFilepath:path], mountPoint);
     DiskImage *found = [DiskImage diskImageWithMountingVolume:mountPoint];
     KT_EXPECT_EQUAL_OBJECTS([found filepath], path);
     NSString *description = [image description];
-    KT_EXPECT([description hasPrefix:@"DiskImage 0x"]);
     NSString *suffix = [NSString stringWithFormat:@" {filepath=%@, mountPoint=%@}", path, mountPoint];
-    KT_EXPECT([description hasSuffix:suffix]);
-
-    KT_EXPECT([image unmount]);
-    KT_EXPECT([image mountPoint] == nil);
+    KT_EXPECT([description hasPrefix:@"DiskImage 0x"] && [description hasSuffix:suffix]);
+    KT_EXPECT([image unmount] && [image mountPoint] == nil);
     KT_EXPECT(![[NSFileManager defaultManager] fileExistsAtPath:mountPoint]);
     KT_EXPECT([DiskImage filepathOfMountingVolume:mountPoint] == nil);
     KT_EXPECT([image unmount]); /* not attached: YES, nothing to eject */
     KT_EXPECT([[image description] hasSuffix:@"mountPoint=(null)}"]);
 }
 
-KT_CASE(CreateMountReadAndEject)
-{
-    CreateMountReadAndEject();
-    RemoveTestFolder();
-}
-
-static void BadInputGivesNeutralAnswers(void)
+DISK_CASE(BadInputGivesNeutralAnswers)
 {
     NSString *folder = MakeTestFolder();
     KT_ASSERT(folder != nil);
     NSFileManager *files = [NSFileManager defaultManager];
-
-    KT_EXPECT([DiskImage diskImageWithFilepath:nil] == nil);
-    KT_EXPECT([[DiskImage alloc] init] == nil);
-    KT_EXPECT([DiskImage diskImageWithMountingVolume:folder] == nil);
-    KT_EXPECT([DiskImage diskImageWithMountingVolume:nil] == nil);
-    KT_EXPECT([DiskImage filepathOfMountingVolume:nil] == nil);
-    KT_EXPECT([DiskImage mountingVolumeOfFilepath:nil] == nil);
-
+    KT_EXPECT([DiskImage diskImageWithFilepath:nil] == nil && [[DiskImage alloc] init] == nil);
+    KT_EXPECT([DiskImage diskImageWithMountingVolume:folder] == nil && [DiskImage diskImageWithMountingVolume:nil] == nil);
+    KT_EXPECT([DiskImage filepathOfMountingVolume:nil] == nil && [DiskImage mountingVolumeOfFilepath:nil] == nil);
     /* A missing folder: the tool runs (YES) but makes nothing. */
     NSString *path = [folder stringByAppendingPathComponent:@"made.img"];
     DiskImage *image = [DiskImage diskImageWithFilepath:path];
@@ -204,24 +189,15 @@ static void BadInputGivesNeutralAnswers(void)
     KT_EXPECT_EQUAL_OBJECTS([image filepath], path);
     KT_EXPECT([image createFromDirectory:[folder stringByAppendingPathComponent:@"missing"]]);
     KT_EXPECT(![files fileExistsAtPath:path]);
-
     /* An existing file is not overwritten, and is not an image to mount. */
     NSData *text = [@"not an image" dataUsingEncoding:NSUTF8StringEncoding];
     [text writeToFile:path atomically:NO];
     KT_EXPECT([image createFromDirectory:MakeSourceFolder(folder)]);
     KT_EXPECT_EQUAL_OBJECTS([NSData dataWithContentsOfFile:path], text);
-    KT_EXPECT([image mount] == nil);
-    KT_EXPECT([image mountPoint] == nil);
-    KT_EXPECT([image unmount]);
+    KT_EXPECT([image mount] == nil && [image mountPoint] == nil && [image unmount]);
 }
 
-KT_CASE(BadInputGivesNeutralAnswers)
-{
-    BadInputGivesNeutralAnswers();
-    RemoveTestFolder();
-}
-
-static void ImageWithTwoMountsIsKnownByTheFirst(void)
+DISK_CASE(ImageWithTwoMountsIsKnownByTheFirst)
 {
     /* A second mount of the same volume needs a bind mount, which only root may make. */
     if (geteuid() != 0)
@@ -235,27 +211,12 @@ static void ImageWithTwoMountsIsKnownByTheFirst(void)
     KT_ASSERT(first != nil);
     NSString *second = [folder stringByAppendingPathComponent:@"second"];
     [[NSFileManager defaultManager] createDirectoryAtPath:second withIntermediateDirectories:NO attributes:nil error:NULL];
-    pid_t pid = fork();
-    if (pid == 0) {
-        execlp("mount", "mount", "--bind", [first fileSystemRepresentation], [second fileSystemRepresentation],
-               (char *)NULL);
-        _exit(127);
-    }
-    int status = -1;
-    waitpid(pid, &status, 0);
-    KT_ASSERT(status == 0);
+    KT_ASSERT(RunProgram("mount", "--bind", [first fileSystemRepresentation], [second fileSystemRepresentation]) == 0);
     NSMutableDictionary *table = [DiskImage mountingVolumes];
-    KT_EXPECT_EQUAL_OBJECTS([table objectForKey:first], path);
-    KT_EXPECT([table objectForKey:second] == nil);
+    KT_EXPECT([[table objectForKey:first] isEqual:path] && [table objectForKey:second] == nil);
     KT_EXPECT_EQUAL_OBJECTS([image mountPoint], first);
     KT_EXPECT([image unmount]); /* every mount of the image goes */
     KT_EXPECT([[DiskImage mountingVolumes] objectForKey:second] == nil);
-}
-
-KT_CASE(ImageWithTwoMountsIsKnownByTheFirst)
-{
-    ImageWithTwoMountsIsKnownByTheFirst();
-    RemoveTestFolder();
 }
 
 /* Makes path a name of the file at original: a hard link, or a copy on
@@ -267,9 +228,8 @@ static BOOL PlaceFile(NSString *original, NSString *path)
     return [[NSFileManager defaultManager] copyItemAtPath:original toPath:path error:NULL];
 }
 
-/* This program run again as the probe case, its libKORU taken from
- * libraryFolder: the tool paths that library found, and whether the editor
- * found there listed the attached images. */
+/* This program run again as the probe case with its libKORU from
+ * libraryFolder: the tool paths that library found, and whether that editor answers. */
 static NSString *RunProbe(NSString *libraryFolder)
 {
     char self[4096];
@@ -277,21 +237,12 @@ static NSString *RunProbe(NSString *libraryFolder)
     if (length <= 0)
         return nil;
     self[length] = '\0';
-    const char *saved = getenv("LD_LIBRARY_PATH");
-    char *savedCopy = saved != NULL ? strdup(saved) : NULL;
-    setenv("LD_LIBRARY_PATH", [libraryFolder fileSystemRepresentation], 1);
-    setenv("KORU_DISK_IMAGE_PATHS_PROBE", "1", 1);
-    CommandTool *probe = [CommandTool commandToolWithPath:[NSString stringWithUTF8String:self]];
-    [probe setArguments:[NSArray arrayWithObject:@"MovedPrefixFindsItsTools"]];
+    CommandTool *probe = [CommandTool commandToolWithPath:@"/usr/bin/env"];
+    [probe setArguments:[NSArray arrayWithObjects:[@"LD_LIBRARY_PATH=" stringByAppendingString:libraryFolder],
+                                                  @"KORU_DISK_IMAGE_PATHS_PROBE=1", [NSString stringWithUTF8String:self],
+                                                  @"MovedPrefixFindsItsTools", nil]];
     [probe setReadStandardOutput:YES];
-    BOOL ran = [probe run:NO];
-    unsetenv("KORU_DISK_IMAGE_PATHS_PROBE");
-    if (savedCopy != NULL)
-        setenv("LD_LIBRARY_PATH", savedCopy, 1);
-    else
-        unsetenv("LD_LIBRARY_PATH");
-    free(savedCopy);
-    if (!ran)
+    if (![probe run:NO])
         return nil;
     return [[[NSString alloc] initWithData:[probe standardOutputData] encoding:NSUTF8StringEncoding] autorelease];
 }
@@ -324,7 +275,6 @@ static void MovedPrefixFindsItsTools(void)
                                   pathContent:[@"../lib" stringByAppendingPathComponent:[libraryFile lastPathComponent]]]);
     KT_ASSERT(PlaceFile(kDiskImageEditorPath, [bin stringByAppendingPathComponent:@"hdiutil-koru"]));
     KT_ASSERT(PlaceFile(kDiskImageMounterPath, [bin stringByAppendingPathComponent:@"hdid-koru"]));
-
     NSString *moved = [folder stringByAppendingPathComponent:@"moved prefix"];
     KT_ASSERT(rename([first fileSystemRepresentation], [moved fileSystemRepresentation]) == 0);
     char *real = realpath([moved fileSystemRepresentation], NULL);

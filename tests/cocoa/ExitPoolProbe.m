@@ -22,11 +22,11 @@ static void Say(NSString *line)
 @interface Tracked : NSObject {
     NSString *mName;
 }
+
 - (id)initWithName:(NSString *)name;
 @end
 
 @implementation Tracked
-
 - (id)initWithName:(NSString *)name
 {
     if ((self = [super init]) != nil)
@@ -40,7 +40,6 @@ static void Say(NSString *line)
     [mName release];
     [super dealloc];
 }
-
 @end
 
 static void AddTracked(NSString *name, BOOL fromC)

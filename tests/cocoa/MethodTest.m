@@ -17,11 +17,13 @@
     mCalls++;
     return @"none";
 }
+
 - (id)echo:(id)object
 {
     mCalls++;
     return object;
 }
+
 - (id)join:(id)first with:(id)second
 {
     mCalls++;
@@ -44,10 +46,8 @@ KT_CASE(StoredTargetAndSelectorArePerformed)
     KT_EXPECT_EQUAL_OBJECTS([join performWithObject:@"a" withObject:@"b"], @"a+b");
     [join release];
     KT_EXPECT(target->mCalls == 3);
-
     Method *unknown = [Method methodWithTarget:target selector:@selector(notImplementedAnywhere)];
-    KT_EXPECT(unknown != nil);
-    KT_EXPECT(![unknown responds]);
+    KT_EXPECT(unknown != nil && ![unknown responds]);
 }
 
 KT_CASE(TargetAndSelectorAreBothRequired)
@@ -59,14 +59,12 @@ KT_CASE(TargetAndSelectorAreBothRequired)
 
 KT_CASE(TheClassIsFoundByNameBesideTheRuntimesType)
 {
-    KT_EXPECT(NSClassFromString(@"Method") == [Method class]);
-    KT_EXPECT(KORUMethodClass() == [Method class]);
+    KT_EXPECT(NSClassFromString(@"Method") == [Method class] && KORUMethodClass() == [Method class]);
     KT_EXPECT([[Method class] conformsToProtocol:@protocol(KORUMethod)]);
     KT_EXPECT(class_getInstanceVariable([Method class], "mTerget") != NULL);
     KT_EXPECT(class_getInstanceVariable([Method class], "mSelector") != NULL);
     KORURuntimeMethod perform = class_getInstanceMethod([Method class], @selector(perform));
     KT_EXPECT(perform != NULL);
-
 }
 
 KT_MAIN()

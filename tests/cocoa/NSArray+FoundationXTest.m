@@ -46,25 +46,15 @@ static NSArray *MovedOneByOne(NSArray *array, const uint32_t *indexes, size_t co
     return copy;
 }
 
-KT_CASE(MovingABlockKeepsItsOrderWithinTheArray)
+KT_CASE(MovesAgreeWithTheOneByOneSequenceEverywhere)
 {
     const uint32_t oneAndThree[] = {1, 3};
     BOOL answer = NO;
-    NSArray *expected = [NSArray arrayWithObjects:@"A", @"C", @"B", @"D", @"E", nil];
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 4, &answer), expected);
-    KT_EXPECT(answer);
-    expected = [NSArray arrayWithObjects:@"B", @"D", @"A", @"C", @"E", nil];
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 0, &answer), expected);
-    expected = [NSArray arrayWithObjects:@"A", @"C", @"E", @"B", @"D", nil];
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 5, &answer), expected);
+    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 4, &answer),
+                            ([NSArray arrayWithObjects:@"A", @"C", @"B", @"D", @"E", nil]));
     // Past the end the block lands reversed: kept as hosts have always had it.
-    expected = [NSArray arrayWithObjects:@"A", @"C", @"E", @"D", @"B", nil];
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 9, &answer), expected);
-    KT_EXPECT(answer);
-}
-
-KT_CASE(MovesAgreeWithTheOneByOneSequenceEverywhere)
-{
+    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(oneAndThree, 2), 9, &answer),
+                            ([NSArray arrayWithObjects:@"A", @"C", @"E", @"D", @"B", nil]));
     // Every index list of a 7-element array to every target up to past the end.
     NSMutableArray *array = [NSMutableArray array];
     for (int i = 0; i < 7; i++)
@@ -72,12 +62,10 @@ KT_CASE(MovesAgreeWithTheOneByOneSequenceEverywhere)
     for (unsigned mask = 1; mask < (1u << 7); mask++) {
         uint32_t indexes[7];
         size_t count = 0;
-        for (uint32_t i = 0; i < 7; i++) {
+        for (uint32_t i = 0; i < 7; i++)
             if (mask & (1u << i))
                 indexes[count++] = i;
-        }
         for (NSUInteger target = 0; target <= 10; target++) {
-            BOOL answer = NO;
             NSArray *moved = Moved(array, IndexList(indexes, count), target, &answer);
             NSArray *expected = MovedOneByOne(array, indexes, count, target);
             KT_EXPECT_MSG([moved isEqual:expected] && answer, @"mask %u target %lu: %@ != %@", mask,
@@ -88,24 +76,18 @@ KT_CASE(MovesAgreeWithTheOneByOneSequenceEverywhere)
 
 KT_CASE(BadIndexListsLeaveTheArrayAlone)
 {
-    BOOL answer = NO;
-    const uint32_t outside[] = {1, 5};
-    const uint32_t descending[] = {3, 1};
-    const uint32_t twice[] = {2, 2};
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(outside, 2), 0, &answer), Letters());
-    KT_EXPECT(!answer);
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(descending, 2), 0, &answer), Letters());
-    KT_EXPECT(!answer);
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), IndexList(twice, 2), 0, &answer), Letters());
-    KT_EXPECT(!answer);
-    // No list, or one shorter than an index, moves nothing and is no failure.
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), nil, 0, &answer), Letters());
-    KT_EXPECT(answer);
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), [NSData dataWithBytes:"\1\0\0" length:3], 0, &answer), Letters());
-    KT_EXPECT(answer);
-    KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), (NSData *)@"not data", 0, &answer), Letters());
-    KT_EXPECT(answer);
+    // Outside, descending or repeated indexes fail; no list, or one too
+    // short for an index, moves nothing and is no failure.
+    const uint32_t bad[][2] = {{1, 5}, {3, 1}, {2, 2}};
+    NSData *lists[] = {IndexList(bad[0], 2), IndexList(bad[1], 2), IndexList(bad[2], 2), nil,
+                       [NSData dataWithBytes:"\1\0\0" length:3], (NSData *)@"not data"};
+    for (int i = 0; i < 6; i++) {
+        BOOL answer = i < 3;
+        KT_EXPECT_EQUAL_OBJECTS(Moved(Letters(), lists[i], 0, &answer), Letters());
+        KT_EXPECT_MSG(answer == (i >= 3), @"list %d", i);
+    }
     const uint32_t one[] = {0};
+    BOOL answer = YES;
     KT_EXPECT_EQUAL_OBJECTS(Moved([NSMutableArray array], IndexList(one, 1), 0, &answer), [NSArray array]);
     KT_EXPECT(!answer);
 }
@@ -115,21 +97,16 @@ KT_CASE(SortedInsertionGoesBeforeEqualElements)
     NSMutableArray *numbers = [NSMutableArray arrayWithObjects:[NSNumber numberWithInt:1], [NSNumber numberWithInt:2],
                                                                [NSNumber numberWithInt:3], nil];
     NSNumber *two = [NSNumber numberWithInt:2];
-    KT_EXPECT([numbers insertObject:two atIndexUsingSelector:@selector(compare:)] == 1);
-    KT_EXPECT([numbers objectAtIndex:1] == two);
+    KT_EXPECT([numbers insertObject:two atIndexUsingSelector:@selector(compare:)] == 1 && [numbers objectAtIndex:1] == two);
     KT_EXPECT([numbers insertObject:[NSNumber numberWithInt:9] atIndexUsingSelector:NULL] == 4);
     KT_EXPECT([numbers insertObject:[NSNumber numberWithInt:0] atIndexUsingSelector:NULL] == 0);
-    KT_EXPECT([numbers count] == 6);
     NSMutableArray *empty = [NSMutableArray array];
-    KT_EXPECT([empty insertObject:@"x" atIndexUsingSelector:@selector(compare:)] == 0);
-    KT_EXPECT_EQUAL_OBJECTS(empty, [NSArray arrayWithObject:@"x"]);
-
+    KT_EXPECT([empty insertObject:@"x" atIndexUsingSelector:@selector(compare:)] == 0 && [empty count] == 1);
     // Nothing is inserted for nil, for an object without the selector, or
     // when the comparison itself raises.
     KT_EXPECT([numbers insertObject:nil atIndexUsingSelector:NULL] == 0);
     KT_EXPECT([numbers insertObject:[NSNumber numberWithInt:5] atIndexUsingSelector:@selector(koruNoSuchOrder:)] == 0);
-    KT_EXPECT([numbers insertObject:@"text" atIndexUsingSelector:@selector(compare:)] == 0);
-    KT_EXPECT([numbers count] == 6);
+    KT_EXPECT([numbers insertObject:@"text" atIndexUsingSelector:@selector(compare:)] == 0 && [numbers count] == 6);
 }
 
 KT_CASE(InsertingAndReplacingAddWhenPastTheEnd)
@@ -142,15 +119,10 @@ KT_CASE(InsertingAndReplacingAddWhenPastTheEnd)
     [array insertObjectsFromArray:[NSArray array] atIndex:0];
     [array insertObjectsFromArray:nil atIndex:0];
     KT_EXPECT([array count] == 8);
-
     array = Letters();
-    KT_EXPECT([array insertOrAddObject:@"in" atIndex:4]);
-    KT_EXPECT_EQUAL_OBJECTS([array objectAtIndex:4], @"in");
-    KT_EXPECT(![array insertOrAddObject:@"end" atIndex:6]);
-    KT_EXPECT_EQUAL_OBJECTS([array lastObject], @"end");
+    KT_EXPECT([array insertOrAddObject:@"in" atIndex:4] && ![array insertOrAddObject:@"end" atIndex:6]);
     KT_EXPECT(![array insertOrAddObject:nil atIndex:0]);
-    KT_EXPECT([array count] == 7);
-
+    KT_EXPECT_EQUAL_OBJECTS(array, ([NSArray arrayWithObjects:@"A", @"B", @"C", @"D", @"in", @"E", @"end", nil]));
     array = Letters();
     KT_EXPECT([array replaceOrAddObjectAtIndex:0 withObject:@"a"]);
     KT_EXPECT(![array replaceOrAddObjectAtIndex:5 withObject:@"f"]);
@@ -165,12 +137,10 @@ KT_CASE(CopyRemoveHandsTheElementToTheCaller)
     [array addObject:unique];
     [unique release];
     id removed = [array copyRemoveObjectAtIndex:5];
-    KT_EXPECT(removed == unique);
-    KT_EXPECT([array count] == 5);
+    KT_EXPECT(removed == unique && [array count] == 5);
     KT_EXPECT([removed isEqualToString:@"unique 42"]); // still alive: the caller owns it
     [removed release];
-    KT_EXPECT([array copyRemoveObjectAtIndex:5] == nil);
-    KT_EXPECT([array count] == 5);
+    KT_EXPECT([array copyRemoveObjectAtIndex:5] == nil && [array count] == 5);
 }
 
 KT_CASE(MembershipUsesTheSelectorAsAnEqualityTest)
@@ -178,9 +148,8 @@ KT_CASE(MembershipUsesTheSelectorAsAnEqualityTest)
     NSArray *array = [NSArray arrayWithObjects:@"one", [NSNumber numberWithInt:2], @"three", nil];
     KT_EXPECT([array containsObject:@"ONE" usingSelector:@selector(caseInsensitiveCompare:)]);
     KT_EXPECT(![array containsObject:@"four" usingSelector:@selector(caseInsensitiveCompare:)]);
-    KT_EXPECT([array containsObject:[NSNumber numberWithInt:2] usingSelector:@selector(compare:)]);
-    KT_EXPECT(![array containsObject:nil usingSelector:@selector(compare:)]);
-    KT_EXPECT(![array containsObject:@"one" usingSelector:NULL]);
+    KT_EXPECT(![array containsObject:nil usingSelector:@selector(compare:)] &&
+              ![array containsObject:@"one" usingSelector:NULL]);
     // Elements that cannot answer, or raise while comparing, are no match.
     KT_EXPECT(![array containsObject:@"one" usingSelector:@selector(koruNoSuchOrder:)]);
     KT_EXPECT(![array containsObject:[NSNumber numberWithInt:3] usingSelector:@selector(compare:)]);
@@ -204,26 +173,20 @@ KT_CASE(ArraysLoadFromResourcesAndPropertyListData)
     [[NSDictionary dictionaryWithObject:@"v" forKey:@"k"]
         writeToFile:[resources stringByAppendingPathComponent:@"Map.plist"] atomically:YES];
     NSBundle *bundle = [NSBundle bundleWithPath:[folder stringByAppendingPathComponent:@"Test.bundle"]];
-
-    KT_EXPECT_EQUAL_OBJECTS([NSArray arrayWithResource:@"Rows.plist" ofBundle:bundle], rows);
-    KT_EXPECT([[NSMutableArray arrayWithResource:@"Rows.plist" ofBundle:bundle] isKindOfClass:[NSMutableArray class]]);
-    KT_EXPECT([NSArray arrayWithResource:@"Rows" ofBundle:bundle] == nil);
-    KT_EXPECT([NSArray arrayWithResource:@"Map.plist" ofBundle:bundle] == nil);
-    KT_EXPECT([NSArray arrayWithResource:nil ofBundle:bundle] == nil);
-    KT_EXPECT([NSArray arrayWithResource:@"Rows.plist" ofBundle:nil] == nil);
-
+    NSArray *loaded = [NSMutableArray arrayWithResource:@"Rows.plist" ofBundle:bundle];
+    KT_EXPECT([loaded isEqual:rows] && [loaded isKindOfClass:[NSMutableArray class]]);
+    KT_EXPECT([NSArray arrayWithResource:@"Rows" ofBundle:bundle] == nil &&
+              [NSArray arrayWithResource:@"Map.plist" ofBundle:bundle] == nil);
+    KT_EXPECT([NSArray arrayWithResource:nil ofBundle:bundle] == nil &&
+              [NSArray arrayWithResource:@"Rows.plist" ofBundle:nil] == nil);
     NSData *xml = (NSData *)CFPropertyListCreateXMLData(NULL, (CFPropertyListRef)rows);
-    KT_EXPECT_EQUAL_OBJECTS([NSArray arrayWithXMLData:xml], rows);
-    NSMutableArray *mutable = [NSMutableArray arrayWithXMLData:xml];
-    [mutable addObject:@"more"];
-    KT_EXPECT([mutable count] == 3);
+    loaded = [NSMutableArray arrayWithXMLData:xml];
+    KT_EXPECT([loaded isEqual:rows] && [loaded isKindOfClass:[NSMutableArray class]]);
     [xml release];
     NSData *map = [NSData dataWithPropertyList:[NSDictionary dictionaryWithObject:@"v" forKey:@"k"]];
-    KT_EXPECT([NSArray arrayWithXMLData:map] == nil);
+    KT_EXPECT([NSArray arrayWithXMLData:map] == nil && [NSArray arrayWithXMLData:nil] == nil);
     KT_EXPECT([NSArray arrayWithXMLData:[@"<plist><array><string>x" dataUsingEncoding:NSUTF8StringEncoding]] == nil);
-    KT_EXPECT([NSArray arrayWithXMLData:nil] == nil);
     KT_EXPECT([NSArray arrayWithXMLData:(NSData *)@"a string"] == nil);
-
     system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
 }
 

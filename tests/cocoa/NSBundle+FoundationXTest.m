@@ -19,7 +19,7 @@ static void WriteInfo(NSString *bundle, NSDictionary *info)
     [info writeToFile:[resources stringByAppendingPathComponent:@"Info-gnustep.plist"] atomically:YES];
 }
 
-KT_CASE(PathsBesideTheBundleAndItsExecutable)
+KT_CASE(PathsBesideTheBundleItsExecutableAndName)
 {
     NSString *folder = MakeFolder();
     KT_ASSERT(folder != nil);
@@ -30,28 +30,17 @@ KT_CASE(PathsBesideTheBundleAndItsExecutable)
                        encoding:NSUTF8StringEncoding error:NULL];
     NSBundle *bundle = [NSBundle bundleWithPath:path];
     KT_ASSERT(bundle != nil);
-
     KT_EXPECT_EQUAL_OBJECTS([bundle directoryPath], folder);
     KT_EXPECT_EQUAL_OBJECTS([bundle neighborPath:@"beside.txt"], [folder stringByAppendingPathComponent:@"beside.txt"]);
     KT_EXPECT_EQUAL_OBJECTS([bundle identifiedName], @"org.koru.test.tool");
     NSString *executableFolder = [[bundle executablePath] stringByDeletingLastPathComponent];
     KT_EXPECT_EQUAL_OBJECTS([bundle executablePath:@"helper"], [executableFolder stringByAppendingPathComponent:@"helper"]);
-    KT_EXPECT([bundle executablePath:nil] == nil);
-    KT_EXPECT([bundle neighborPath:nil] == nil);
-
-    system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
-}
-
-KT_CASE(ABundleWithoutIdentifierIsNamedAfterItsFolder)
-{
-    NSString *folder = MakeFolder();
-    KT_ASSERT(folder != nil);
-    NSString *path = [folder stringByAppendingPathComponent:@"Plain Name.plugin"];
-    WriteInfo(path, [NSDictionary dictionaryWithObject:@"x" forKey:@"Unrelated"]);
-    NSBundle *bundle = [NSBundle bundleWithPath:path];
-    KT_ASSERT(bundle != nil);
-    KT_EXPECT_EQUAL_OBJECTS([bundle identifiedName], @"Plain Name");
-    KT_EXPECT([bundle executablePath:@"helper"] == nil); // no executable
+    KT_EXPECT([bundle executablePath:nil] == nil && [bundle neighborPath:nil] == nil);
+    // Without an identifier a bundle is named after its folder; without an executable, no helper path.
+    NSString *plain = [folder stringByAppendingPathComponent:@"Plain Name.plugin"];
+    WriteInfo(plain, [NSDictionary dictionaryWithObject:@"x" forKey:@"Unrelated"]);
+    bundle = [NSBundle bundleWithPath:plain];
+    KT_EXPECT([[bundle identifiedName] isEqual:@"Plain Name"] && [bundle executablePath:@"helper"] == nil);
     system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
 }
 

@@ -14,12 +14,10 @@ KT_CASE(PropertyListsBecomeXMLData)
     NSDictionary *list = [NSDictionary dictionaryWithObjectsAndKeys:[NSArray arrayWithObject:@"x"], @"rows", nil];
     NSData *data = [NSData dataWithPropertyList:list];
     KT_ASSERT(data != nil);
-    NSString *text = [[[NSString alloc] initWithData:data encoding:NSUTF8StringEncoding] autorelease];
-    KT_EXPECT([text hasPrefix:@"<?xml"]);
+    KT_EXPECT(memcmp([data bytes], "<?xml", 5) == 0);
     KT_EXPECT_EQUAL_OBJECTS([NSDictionary dictionaryWithXMLData:data], list);
     KT_EXPECT([[NSMutableData dataWithPropertyList:list] isKindOfClass:[NSMutableData class]]);
-    KT_EXPECT([NSData dataWithPropertyList:nil] == nil);
-    KT_EXPECT([NSData dataWithPropertyList:[[NSObject new] autorelease]] == nil);
+    KT_EXPECT([NSData dataWithPropertyList:nil] == nil && [NSData dataWithPropertyList:[[NSObject new] autorelease]] == nil);
     KT_EXPECT([NSData dataWithPropertyList:[NSArray arrayWithObject:[NSNull null]]] == nil);
 }
 
@@ -47,24 +45,19 @@ KT_CASE(DataEnciphersAndDeciphersThroughTheBufferCipher)
     KT_ASSERT(enciphered != nil);
     KT_EXPECT([enciphered length] == ([source length] + 7) / 8 * 8);
     KT_EXPECT(memcmp([enciphered bytes], [source bytes], 8) != 0);
-
     // The same bytes as the C function gives.
     void *buffer = NULL;
     size_t length = 0;
     KT_ASSERT(MemAllocateEncryptedCopy([source bytes], [source length], &buffer, &length, kKey) == 0);
     KT_EXPECT_EQUAL_OBJECTS(enciphered, [NSData dataWithBytesNoCopy:buffer length:length freeWhenDone:YES]);
-
     NSData *deciphered = [enciphered decryptedData:kKey];
     KT_ASSERT([deciphered length] == [enciphered length]);
     KT_EXPECT(memcmp([deciphered bytes], [source bytes], [source length]) == 0);
     for (NSUInteger i = [source length]; i < [deciphered length]; i++)
         KT_EXPECT(((const unsigned char *)[deciphered bytes])[i] == 0); // the padding stays
-
     KT_EXPECT(![[enciphered decryptedData:"other-ky"] isEqual:deciphered]);
-    KT_EXPECT([[NSData data] encryptedData:kKey] == nil);
-    KT_EXPECT([[NSData data] decryptedData:kKey] == nil);
-    KT_EXPECT([source encryptedData:NULL] == nil);
-    KT_EXPECT([source decryptedData:NULL] == nil);
+    KT_EXPECT([[NSData data] encryptedData:kKey] == nil && [[NSData data] decryptedData:kKey] == nil);
+    KT_EXPECT([source encryptedData:NULL] == nil && [source decryptedData:NULL] == nil);
 }
 
 KT_CASE(DecipheringATruncatedBufferStaysInsideItsCopy)
@@ -89,11 +82,7 @@ KT_CASE(DeleteHeadDropsAPrefix)
     [data deleteHead:0];
     KT_EXPECT([data length] == 4);
     [data deleteHead:10];
-    KT_EXPECT([data length] == 0);
     [data deleteHead:1];
-    KT_EXPECT([data length] == 0);
-    data = [NSMutableData dataWithBytes:"abcd" length:4];
-    [data deleteHead:4];
     KT_EXPECT([data length] == 0);
 }
 

@@ -7,8 +7,7 @@ KT_CASE(TheSharedNumbersAreBooleansMadeOnce)
 {
     NSNumber *yes = [NSNumber yesNumber];
     NSNumber *no = [NSNumber noNumber];
-    KT_EXPECT([yes boolValue] && ![no boolValue]);
-    KT_EXPECT(yes == [NSNumber yesNumber] && no == [NSNumber noNumber]);
+    KT_EXPECT([yes boolValue] && ![no boolValue] && yes == [NSNumber yesNumber] && no == [NSNumber noNumber]);
     KT_EXPECT(CFGetTypeID((CFTypeRef)yes) == CFBooleanGetTypeID());
     KT_EXPECT_EQUAL_OBJECTS(yes, [NSNumber numberWithBool:YES]);
     // Emptying the exit pool early leaves the shared numbers usable.

@@ -24,12 +24,10 @@ KT_CASE(DeepCopiesAreMutableAllTheWayDown)
     KT_EXPECT_EQUAL_OBJECTS([[copy objectForKey:@"rows"] objectAtIndex:0], @"leaf!");
     KT_EXPECT([[list objectForKey:@"rows"] count] == 1); // the original is untouched
     [copy release];
-
     NSArray *immutable = [list propertyListDeepCopy:kCFPropertyListImmutable];
     KT_EXPECT_EQUAL_OBJECTS(immutable, list);
     KT_EXPECT(immutable != (id)list);
     [immutable release];
-
     NSObject *plain = [[NSObject new] autorelease];
     KT_EXPECT([plain propertyListMutableCopy] == nil);
     KT_EXPECT([[NSArray arrayWithObject:plain] propertyListMutableCopy] == nil);

@@ -1,8 +1,5 @@
-/* NSUserDefaults(FoundationX) on the process's own defaults.  Values are
- * registered (the registration domain is never written to disk); the case
- * that stores and clears values runs only where the test environment gives
- * the process a private defaults database (GNUSTEP_CONFIG_FILE), never
- * against the real user's. */
+/* NSUserDefaults(FoundationX) on registered values; the case that stores and
+ * clears values runs only with the private defaults database of the test run. */
 #import "KTest.h"
 
 #include <KORU/KORU.h>
@@ -22,11 +19,9 @@ static NSUserDefaults *RegisteredDefaults(void)
 KT_CASE(CellStatesFollowBooleanDefaults)
 {
     NSUserDefaults *defaults = RegisteredDefaults();
-    KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestOn"] == 1);
-    KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestOff"] == 0);
+    KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestOn"] == 1 && [defaults cellStateForBoolKey:@"KORUTestOff"] == 0);
     KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestArray"] == 0);
-    KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestMissing"] == 0);
-    KT_EXPECT([defaults cellStateForBoolKey:nil] == 0);
+    KT_EXPECT([defaults cellStateForBoolKey:@"KORUTestMissing"] == 0 && [defaults cellStateForBoolKey:nil] == 0);
 }
 
 KT_CASE(MutableCopiesOfStoredCollections)
@@ -39,11 +34,9 @@ KT_CASE(MutableCopiesOfStoredCollections)
     [[array objectAtIndex:0] appendString:@"!"];
     KT_EXPECT_EQUAL_OBJECTS([array objectAtIndex:0], @"a!");
     KT_EXPECT([[defaults objectForKey:@"KORUTestArray"] count] == 2); // the stored value is untouched
-
     NSMutableDictionary *dictionary = [defaults mutableDictionaryForKey:@"KORUTestDictionary"];
     [[dictionary objectForKey:@"cells"] addObject:@"more"];
     KT_EXPECT([[dictionary objectForKey:@"cells"] count] == 2);
-
     // Missing keys and values of another kind give new empty collections.
     for (NSString *key in [NSArray arrayWithObjects:@"KORUTestMissing", @"KORUTestText", @"KORUTestDictionary", nil]) {
         NSMutableArray *empty = [defaults mutableArrayForKey:key];
@@ -69,7 +62,6 @@ KT_CASE(RemoveAllObjectClearsWhatTheApplicationStored)
     [defaults setObject:[NSArray arrayWithObject:@"x"] forKey:@"KORUTestShadowed"];
     KT_ASSERT([defaults synchronize]);
     KT_EXPECT_EQUAL_OBJECTS([defaults objectForKey:@"KORUTestStored"], @"stored");
-
     [defaults removeAllObject];
     KT_EXPECT([defaults objectForKey:@"KORUTestStored"] == nil);
     // The registered value shows again once the stored one is gone.

@@ -1,7 +1,5 @@
-/* FileIconView, MenuButton, the Core Graphics bitmap bridge and the demo's
- * strip, in real windows on the private display of run-with-display.  Drags
- * and menus run their own event loops: timers of the tracking run-loop mode
- * move the pointer and post the mouse events that end them. */
+/* FileIconView, MenuButton, the bitmap bridge and the demo's strip in real
+ * windows; timers of the tracking mode play the user inside drag and menu loops. */
 #import "KTest.h"
 #include "KGUI.h"
 
@@ -65,16 +63,19 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     [mCaptured release];
     [super dealloc];
 }
+
 - (void)after:(NSTimeInterval)delay perform:(SEL)selector with:(id)object
 {
     [self performSelector:selector withObject:object afterDelay:delay
                   inModes:[NSArray arrayWithObjects:NSEventTrackingRunLoopMode, NSDefaultRunLoopMode,
                                                     NSModalPanelRunLoopMode, nil]];
 }
+
 - (void)releaseMouse:(NSWindow *)window
 {
     [NSApp postEvent:MouseEvent(NSLeftMouseUp, NSMakePoint(1, 1), window) atStart:NO];
 }
+
 /* Points at the menu's item, then lets go of the mouse there. */
 - (void)pointAtItem:(id)unused
 {
@@ -93,6 +94,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     mTries = 0;
     [self after:0.2 perform:@selector(releaseOverItem:) with:menuWindow];
 }
+
 /* Lets go once the menu has followed the pointer to the item. */
 - (void)releaseOverItem:(NSWindow *)menuWindow
 {
@@ -101,6 +103,7 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
     else
         [self releaseMouse:menuWindow];
 }
+
 /* Answers the modal alert; an event, and a timer that wakes the run loop to
  * take it, let the modal loop notice. */
 - (void)answerAlert:(id)unused
@@ -119,10 +122,8 @@ static NSEvent *MouseEvent(NSEventType type, NSPoint location, NSWindow *window)
              atStart:NO];
     [self after:0.1 perform:@selector(wake:) with:nil];
 }
-- (void)wake:(id)unused
-{
-    (void)unused;
-}
+
+- (void)wake:(id)unused { (void)unused; }
 - (void)chosen:(id)sender
 {
     (void)sender;
@@ -156,17 +157,13 @@ KT_CASE(FileIconViewShowsTheIconsAndDragsTheFilesOut)
     [[window contentView] addSubview:view];
     KT_EXPECT([[view registeredDraggedTypes] containsObject:NSFilenamesPboardType]);
     KT_EXPECT([[view valueForKey:@"mFiles"] count] == 0);
-
     NSString *letter = MakeFile(@"letter.txt", @"Dear reader");
     [view setFile:letter];
-    KT_EXPECT_EQUAL_OBJECTS([view valueForKey:@"mFiles"], [NSArray arrayWithObject:letter]);
-    KT_EXPECT([view image] != nil);
+    KT_EXPECT([[view valueForKey:@"mFiles"] isEqual:[NSArray arrayWithObject:letter]] && [view image] != nil);
     NSArray *both = [NSArray arrayWithObjects:letter, gFolder, nil];
     [view setFiles:both];
-    KT_EXPECT_EQUAL_OBJECTS([view valueForKey:@"mFiles"], both);
-    KT_EXPECT([view image] != nil);
+    KT_EXPECT([[view valueForKey:@"mFiles"] isEqual:both] && [view image] != nil);
     KGUIScreenshot(window, @"file-icon-view.png");
-
     /* A press in the view drags the files; letting go ends the drag. */
     [[NSPasteboard pasteboardWithName:NSDragPboard] declareTypes:[NSArray arrayWithObject:NSStringPboardType]
                                                             owner:nil];
@@ -176,7 +173,6 @@ KT_CASE(FileIconViewShowsTheIconsAndDragsTheFilesOut)
     NSPasteboard *drag = [NSPasteboard pasteboardWithName:NSDragPboard];
     KT_EXPECT([[drag types] count] == 1 && [[drag types] containsObject:NSFilenamesPboardType]);
     KT_EXPECT_EQUAL_OBJECTS([drag propertyListForType:NSFilenamesPboardType], both);
-
     /* Bad input changes nothing; no paths, no icon. */
     [view setFile:nil];
     [view setFiles:(NSArray *)@"/etc"];
@@ -199,16 +195,13 @@ KT_CASE(MenuButtonPullsDownItsMenuUnderItself)
     [button setTitle:@"Actions"];
     [[window contentView] addSubview:button];
     [button awakeFromNib];
-    KT_EXPECT([button target] == button);
-    KT_EXPECT(sel_isEqual([button action], @selector(popPulldownMenu:)));
-
+    KT_EXPECT([button target] == button && sel_isEqual([button action], @selector(popPulldownMenu:)));
     Player *player = [[[Player alloc] init] autorelease];
     NSMenu *menu = [[[NSMenu alloc] initWithTitle:@"Actions"] autorelease];
     [[menu addItemWithTitle:@"First" action:@selector(chosen:) keyEquivalent:@""] setTarget:player];
     [[menu addItemWithTitle:@"Second" action:@selector(chosen:) keyEquivalent:@""] setTarget:player];
     [button setPulldownMenu:menu];
     KT_EXPECT([button pulldownMenuCore:NO] == menu);
-
     /* A press fires the action at once; the menu opens with its top-left at
      * the button's bottom-left, and the item under the pointer is chosen. */
     player->mMenu = menu;
@@ -236,29 +229,22 @@ KT_CASE(MenuButtonAsksForAMenuWithAContextualClick)
     button->mPlayer = player;
     player->mMenu = [[[NSMenu alloc] initWithTitle:@"Context"] autorelease];
     [player->mMenu addItemWithTitle:@"Only" action:@selector(chosen:) keyEquivalent:@""];
-
     KT_EXPECT([button pulldownMenuCore:NO] == player->mMenu);
     NSEvent *click = player->mCaptured;
     KT_ASSERT(click != nil);
-    KT_EXPECT([click type] == NSLeftMouseUp);
-    KT_EXPECT([click modifierFlags] == 0x40000);
+    KT_EXPECT([click type] == NSLeftMouseUp && [click modifierFlags] == 0x40000 && [click clickCount] == 0);
     KT_EXPECT([click windowNumber] == [window windowNumber]);
-    KT_EXPECT([click clickCount] == 0);
     KT_EXPECT(NSEqualPoints([click locationInWindow], [box convertPoint:NSMakePoint(10, 20) toView:nil]));
-
     /* No menu at all: nothing opens, nothing is answered. */
     player->mMenu = nil;
     KT_EXPECT([button pulldownMenuCore:YES] == nil);
     [button popPulldownMenu:nil];
     KGUICloseWindow(window);
-
     /* A button in no window still answers its menu. */
     MenuButton *loose = [[[MenuButton alloc] initWithFrame:NSMakeRect(0, 0, 80, 24)] autorelease];
     NSMenu *menu = [[[NSMenu alloc] initWithTitle:@"Loose"] autorelease];
     [loose setPulldownMenu:menu];
     KT_EXPECT([loose pulldownMenuCore:NO] == menu);
-    [loose setPulldownMenu:nil];
-    KT_EXPECT([loose pulldownMenuCore:YES] == nil);
 }
 
 KT_CASE(CoreGraphicsImagesBecomeBitmaps)
@@ -276,13 +262,11 @@ KT_CASE(CoreGraphicsImagesBecomeBitmaps)
     KT_ASSERT(image != NULL);
     NSBitmapImageRep *bitmap = [[[NSBitmapImageRep alloc] initWithCGImage:image] autorelease];
     KT_ASSERT(bitmap != nil);
-    KT_EXPECT([bitmap pixelsWide] == 20 && [bitmap pixelsHigh] == 10);
-    KT_EXPECT([bitmap samplesPerPixel] == 4 && [bitmap hasAlpha]);
+    KT_EXPECT([bitmap pixelsWide] == 20 && [bitmap pixelsHigh] == 10 && [bitmap samplesPerPixel] == 4 && [bitmap hasAlpha]);
     KT_EXPECT(memcmp([bitmap bitmapData], "\xff\x00\x00\x66", 4) == 0);
     NSImage *picture = [[[NSImage alloc] initWithCGImage:image size:NSZeroSize] autorelease];
     KT_EXPECT(NSEqualSizes([picture size], NSMakeSize(20, 10)));
     CGImageRelease(image);
-
     provider = CGDataProviderCreateWithFilename([jpeg fileSystemRepresentation]);
     image = CGImageCreateWithJPEGDataProvider(provider, NULL, false, kCGRenderingIntentDefault);
     CGDataProviderRelease(provider);
@@ -292,9 +276,8 @@ KT_CASE(CoreGraphicsImagesBecomeBitmaps)
     picture = [[[NSImage alloc] initWithCGImage:image size:NSMakeSize(60, 30)] autorelease];
     KT_EXPECT(NSEqualSizes([picture size], NSMakeSize(60, 30)));
     CGImageRelease(image);
-
-    KT_EXPECT([[NSBitmapImageRep alloc] initWithCGImage:NULL] == nil);
-    KT_EXPECT([[NSImage alloc] initWithCGImage:NULL size:NSZeroSize] == nil);
+    KT_EXPECT([[NSBitmapImageRep alloc] initWithCGImage:NULL] == nil &&
+              [[NSImage alloc] initWithCGImage:NULL size:NSZeroSize] == nil);
     RemoveFolder();
 }
 
@@ -317,11 +300,9 @@ KT_CASE(TheDemoStripHasAnIconAMenuAndAnAlert)
             alert = (NSButton *)view;
     }
     KT_ASSERT(icon != nil && actions != nil && alert != nil);
-    KT_EXPECT([icon image] != nil);
-    KT_EXPECT_EQUAL_OBJECTS([icon valueForKey:@"mFiles"],
-                            [NSArray arrayWithObject:[[NSBundle mainBundle] executablePath]]);
+    KT_EXPECT([icon image] != nil &&
+              [[icon valueForKey:@"mFiles"] isEqual:[NSArray arrayWithObject:[[NSBundle mainBundle] executablePath]]]);
     KGUIScreenshot(window, @"demo-strip.png");
-
     /* The menu's first item copies the icon's path. */
     Player *player = [[[Player alloc] init] autorelease];
     player->mMenu = [actions pulldownMenuCore:NO];
@@ -332,12 +313,10 @@ KT_CASE(TheDemoStripHasAnIconAMenuAndAnAlert)
     KT_EXPECT(player->mMenuVisible);
     KT_EXPECT_EQUAL_OBJECTS([[NSPasteboard generalPasteboard] stringForType:NSStringPboardType],
                             [[NSBundle mainBundle] executablePath]);
-
     /* The alert runs modally until it is answered. */
     [player after:0.5 perform:@selector(answerAlert:) with:nil];
     [alert performClick:nil];
-    KT_EXPECT(player->mAlertShown);
-    KT_EXPECT([NSApp modalWindow] == nil);
+    KT_EXPECT(player->mAlertShown && [NSApp modalWindow] == nil);
     KGUICloseWindow(window);
 }
 
