@@ -22,28 +22,22 @@ TEST(CFArray, RetainsItsValuesAndEditsInPlace)
     CFArrayInsertValueAtIndex(array, 1, b);
     EXPECT_EQ(CFGetRetainCount(a), before + 1);
     ASSERT_EQ(CFArrayGetCount(array), 3);
-    EXPECT_EQ(CFArrayGetValueAtIndex(array, 3), nullptr);
-    EXPECT_EQ(CFArrayGetValueAtIndex(array, -1), nullptr);
+    EXPECT_TRUE(CFArrayGetValueAtIndex(array, 3) == nullptr && CFArrayGetValueAtIndex(array, -1) == nullptr);
     EXPECT_EQ(CFArrayGetFirstIndexOfValue(array, CFRangeMake(0, 3), c), 2);
     EXPECT_TRUE(CFArrayContainsValue(array, CFRangeMake(0, 3), CFSTR("b")));
     EXPECT_FALSE(CFArrayContainsValue(array, CFRangeMake(0, 1), CFSTR("b")));
 
     CFArrayExchangeValuesAtIndices(array, 0, 2);
     EXPECT_EQ(CFArrayGetValueAtIndex(array, 0), c);
-    CFArraySortValues(array, CFRangeMake(0, 3),
-                      [](const void *x, const void *y, void *) {
-                          return CFStringCompare(static_cast<CFStringRef>(x), static_cast<CFStringRef>(y), 0);
-                      },
-                      nullptr);
+    auto compare = [](const void *x, const void *y, void *) { return CFStringCompare((CFStringRef)x, (CFStringRef)y, 0); };
+    CFArraySortValues(array, CFRangeMake(0, 3), compare, nullptr);
     EXPECT_EQ(CFArrayGetValueAtIndex(array, 0), a);
 
     CFArrayRef copy = CFArrayCreateCopy(nullptr, array);
     CFArrayRemoveValueAtIndex(array, 0);
     CFArrayRemoveValueAtIndex(array, 9);  // out of range: nothing
-    EXPECT_EQ(CFArrayGetCount(array), 2);
-    EXPECT_EQ(CFArrayGetCount(copy), 3);
     CFArrayAppendValue((CFMutableArrayRef)copy, a);  // immutable: refused
-    EXPECT_EQ(CFArrayGetCount(copy), 3);
+    EXPECT_TRUE(CFArrayGetCount(array) == 2 && CFArrayGetCount(copy) == 3);
 
     CFRelease(copy);
     CFArrayRemoveAllValues(array);
@@ -83,24 +77,19 @@ TEST(CFDictionary, RetainsKeysAndValuesAndCopiesStringKeys)
         CFDictionaryCreateMutable(nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks);
     CFDictionarySetValue(dict, key, value);
     EXPECT_EQ(CFGetRetainCount(value), valueCount + 1);
-    EXPECT_EQ(CFDictionaryGetValue(dict, CFSTR("key")), value);
-    EXPECT_EQ(CFDictionaryGetValue(dict, nullptr), nullptr);
+    EXPECT_TRUE(CFDictionaryGetValue(dict, CFSTR("key")) == value && CFDictionaryGetValue(dict, nullptr) == nullptr);
 
     CFDictionaryAddValue(dict, key, CFSTR("ignored"));  // Add never replaces
     EXPECT_EQ(CFDictionaryGetValue(dict, key), value);
     CFDictionaryReplaceValue(dict, CFSTR("absent"), value);  // Replace never adds
-    EXPECT_EQ(CFDictionaryGetCount(dict), 1);
-    EXPECT_EQ(CFDictionaryGetCountOfValue(dict, value), 1);
+    EXPECT_TRUE(CFDictionaryGetCount(dict) == 1 && CFDictionaryGetCountOfValue(dict, value) == 1);
 
     const void *keys[1], *values[1];
     CFDictionaryGetKeysAndValues(dict, keys, values);
-    EXPECT_TRUE(CFEqual(keys[0], key));
-    EXPECT_EQ(values[0], value);
+    EXPECT_TRUE(CFEqual(keys[0], key) && values[0] == value);
 
     CFDictionaryRemoveValue(dict, key);
-    EXPECT_EQ(CFDictionaryGetCount(dict), 0);
-    EXPECT_EQ(CFGetRetainCount(value), valueCount);
-    EXPECT_EQ(CFGetRetainCount(key), keyCount);
+    EXPECT_TRUE(CFGetRetainCount(value) == valueCount && CFGetRetainCount(key) == keyCount);
     CFRelease(dict);
 
     // A mutable key is copied, so changing it later does not move the entry.

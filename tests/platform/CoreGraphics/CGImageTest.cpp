@@ -40,10 +40,7 @@ protected:
         return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
     }
 
-    static std::string Bytes(CFDataRef data)
-    {
-        return std::string(reinterpret_cast<const char *>(CFDataGetBytePtr(data)), CFDataGetLength(data));
-    }
+    static std::string Bytes(CFDataRef data) { return std::string((const char *)CFDataGetBytePtr(data), CFDataGetLength(data)); }
 
     std::string Write(const std::string &name, const std::string &bytes)
     {
@@ -67,10 +64,9 @@ protected:
     std::string FirstPixel(CGImageRef image)
     {
         CFDataRef data = CGDataProviderCopyData(CGImageGetDataProvider(image));
-        if (data == nullptr)
-            return std::string();
-        std::string pixel(reinterpret_cast<const char *>(CFDataGetBytePtr(data)), CGImageGetBitsPerPixel(image) / 8);
-        CFRelease(data);
+        const std::string pixel = data ? Bytes(data).substr(0, CGImageGetBitsPerPixel(image) / 8) : "";
+        if (data)
+            CFRelease(data);
         return pixel;
     }
 
@@ -180,8 +176,7 @@ TEST_F(CGImageTest, TheDecodeArrayHasAPairForEachColourComponent)
 TEST_F(CGImageTest, ProvidersHoldTheirBytesAndShareThem)
 {
     const std::string path = Write("bytes.bin", "some bytes");
-    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.c_str()),
-                                                           static_cast<CFIndex>(path.size()), false);
+    CFURLRef url = CFURLCreateFromFileSystemRepresentation(nullptr, (const UInt8 *)path.c_str(), path.size(), false);
     CGDataProviderRef provider = CGDataProviderCreateWithURL(url);
     CFRelease(url);
     ASSERT_NE(nullptr, provider);
@@ -224,12 +219,12 @@ TEST_F(CGImageTest, NothingForMissingOrNullArguments)
     CFURLRef web = CFURLCreateWithString(nullptr, CFSTR("http://127.0.0.1/image.png"), nullptr);
     EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(web));
     CFRelease(web);
-    EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(nullptr));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(reinterpret_cast<CFURLRef>(CFSTR("file:///etc/hostname"))));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/missing.png").c_str()));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename(root_.c_str())); // a folder
     ASSERT_EQ(0, mkfifo((root_ + "/pipe.png").c_str(), 0600));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithFilename((root_ + "/pipe.png").c_str())); // no writer: no wait
+    EXPECT_EQ(nullptr, CGDataProviderCreateWithURL(nullptr));
     EXPECT_EQ(nullptr, CGDataProviderCreateWithData(nullptr, nullptr, 4, nullptr));
     EXPECT_EQ(nullptr, CGImageCreateWithPNGDataProvider(nullptr, nullptr, false, kCGRenderingIntentDefault));
     EXPECT_EQ(0u, CGImageGetWidth(nullptr));

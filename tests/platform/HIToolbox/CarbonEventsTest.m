@@ -13,10 +13,7 @@
 @end
 
 @implementation KeyCatcher
-- (BOOL)acceptsFirstResponder
-{
-    return YES;
-}
+- (BOOL)acceptsFirstResponder { return YES; }
 - (void)keyDown:(NSEvent *)event
 {
     if (mTextEvent == NULL)
@@ -59,14 +56,14 @@ KT_CASE(ParametersAreTypedAndConverted)
     CreateEvent(NULL, kEventClassMouse, kEventMouseDown, 0, 0, &held);
     SetEventParameter(event, kEventParamTextInputSendKeyboardEvent, typeEventRef, sizeof held, &held);
     KT_EXPECT(GetEventRetainCount(held) == 2);
-    KT_EXPECT(RemoveEventParameter(event, kEventParamTextInputSendKeyboardEvent) == noErr);
+    RemoveEventParameter(event, kEventParamTextInputSendKeyboardEvent);
     KT_EXPECT(GetEventRetainCount(held) == 1);
     ReleaseEvent(held);
     ReleaseEvent(event);
 
     KT_EXPECT(CreateEvent(NULL, 0, 0, 0, 0, NULL) == paramErr);
-    KT_EXPECT(SetEventParameter(NULL, kEventParamKeyCode, typeUInt32, 4, &wide) == paramErr);
-    KT_EXPECT(GetEventParameter(NULL, kEventParamKeyCode, typeUInt32, NULL, 4, NULL, &wide) == paramErr);
+    KT_EXPECT(SetEventParameter(NULL, kEventParamKeyCode, typeUInt32, 4, &wide) == paramErr &&
+              GetEventParameter(NULL, kEventParamKeyCode, typeUInt32, NULL, 4, NULL, &wide) == paramErr);
     KT_EXPECT(GetEventClass(NULL) == 0 && GetEventKind(NULL) == 0 && GetEventRetainCount(NULL) == 0);
     ReleaseEvent(NULL);
 }
@@ -113,8 +110,7 @@ KT_CASE(KeyEventsSentThroughTheApplicationBecomeTextInput)
     NSEvent *other = [NSEvent otherEventWithType:NSApplicationDefined location:NSZeroPoint modifierFlags:0
                                        timestamp:0 windowNumber:0 context:nil subtype:0 data1:0 data2:0];
     KT_EXPECT(CreateEventWithNSEvent(other, &none) == eventClassInvalidErr);
-    KT_EXPECT(CreateEventWithNSEvent(NULL, &none) == paramErr);
-    KT_EXPECT(CreateEventWithNSEvent(@"not an event", &none) == paramErr);
+    KT_EXPECT(CreateEventWithNSEvent(NULL, &none) == paramErr && CreateEventWithNSEvent(@"not an event", &none) == paramErr);
     KGUICloseWindow(window);
 }
 
@@ -159,8 +155,8 @@ KT_CASE(HandlersRunNewestFirst)
     KT_EXPECT(SendEventToEventTarget(other, target) == eventNotHandledErr && [calls count] == 0);
     ReleaseEvent(other);
     ReleaseEvent(event);
-    KT_EXPECT(InstallEventHandler(target, Record, 0, &command, NULL, NULL) == paramErr);
-    KT_EXPECT(InstallEventHandler(NULL, Record, 1, &command, NULL, NULL) == paramErr);
+    KT_EXPECT(InstallEventHandler(target, Record, 0, &command, NULL, NULL) == paramErr &&
+              InstallEventHandler(NULL, Record, 1, &command, NULL, NULL) == paramErr);
     KT_EXPECT(SendEventToEventTarget(NULL, target) == paramErr && RemoveEventHandler(NULL) == paramErr);
     KT_EXPECT(GetWindowEventTarget(NULL) == NULL);
     RemoveEventHandler(older);

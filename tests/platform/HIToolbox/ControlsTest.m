@@ -44,9 +44,7 @@ KT_CASE(ViewsAreFoundByTheirIDs)
     KT_EXPECT(GetControlOwner((ControlRef)nested) == (WindowRef)window);
     KT_EXPECT(HIViewGetSuperview((HIViewRef)nested) == (HIViewRef)box);
 
-
-    KT_EXPECT(GetControlByID(NULL, &plain, &found) == paramErr);
-    KT_EXPECT(HIViewFindByID(NULL, plain, &found) == paramErr);
+    KT_EXPECT(GetControlByID(NULL, &plain, &found) == paramErr && HIViewFindByID(NULL, plain, &found) == paramErr);
     KT_EXPECT(HIViewGetRoot(NULL) == NULL && GetControlOwner(NULL) == NULL);
     KT_EXPECT(SetControlID(NULL, &plain) == paramErr && GetControlID((ControlRef)nested, NULL) == paramErr);
     KGUICloseWindow(window);
@@ -97,8 +95,7 @@ KT_CASE(EditTextDataReadsAndWritesTheField)
     ControlEditTextSelectionRec selection = {2, 5};
     KT_EXPECT(SetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof selection,
                              &selection) == noErr);
-    KT_ASSERT([field currentEditor] != nil);
-    KT_EXPECT(NSEqualRanges([[field currentEditor] selectedRange], NSMakeRange(2, 3)));
+    KT_ASSERT([field currentEditor] != nil && NSEqualRanges([[field currentEditor] selectedRange], NSMakeRange(2, 3)));
     ControlEditTextSelectionRec back = {0, 0};
     KT_EXPECT(GetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, sizeof back, &back,
                              NULL) == noErr && back.selEnd == 5);
@@ -111,9 +108,9 @@ KT_CASE(EditTextDataReadsAndWritesTheField)
     KT_EXPECT(GetControlDataSize(control, 3, kControlEditTextCFStringTag, &size) == errInvalidPartCode);
     KT_EXPECT(GetControlDataSize(control, kControlEditTextPart, 0x77686174, &size) == errDataNotSupported);
     KT_EXPECT(SetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, 2, &selection) ==
-              errDataSizeMismatch);
-    KT_EXPECT(GetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, 2, &back, NULL) ==
-              errDataSizeMismatch);
+                  errDataSizeMismatch &&
+              GetControlData(control, kControlEditTextPart, kControlEditTextSelectionTag, 2, &back, NULL) ==
+                  errDataSizeMismatch);
     KT_EXPECT(GetControlDataSize((ControlRef)[window contentView], kControlEditTextPart,
                                  kControlEditTextCFStringTag, &size) == errDataNotSupported);
     KT_EXPECT(GetControlData(NULL, kControlEditTextPart, kControlEditTextCFStringTag, 0, NULL, NULL) == paramErr);
@@ -137,9 +134,8 @@ KT_CASE(BoundsAreMeasuredFromTheTop)
 
     Rect best;
     SInt16 baseline = -1;
-    KT_EXPECT(GetBestControlRect((ControlRef)button, &best, &baseline) == noErr);
     NSSize cellSize = [[button cell] cellSize];
-    KT_EXPECT(best.top == 100 && best.left == 10);
+    KT_EXPECT(GetBestControlRect((ControlRef)button, &best, &baseline) == noErr && best.top == 100 && best.left == 10);
     KT_EXPECT(best.right - best.left == (short)ceil(cellSize.width) &&
               best.bottom - best.top == (short)ceil(cellSize.height));
     KT_EXPECT(GetBestControlRect((ControlRef)[window contentView], &best, NULL) == errDataNotSupported &&

@@ -11,8 +11,7 @@ static OSStatus RecordCommand(EventHandlerCallRef call, EventRef event, void *us
 {
     (void)call;
     HICommand command;
-    if (GetEventParameter(event, kEventParamDirectObject, typeHICommand, NULL, sizeof command, NULL, &command) ==
-        noErr)
+    if (GetEventParameter(event, kEventParamDirectObject, typeHICommand, NULL, sizeof command, NULL, &command) == 0)
         *(UInt32 *)userData = command.commandID;
     return noErr;
 }
@@ -46,9 +45,7 @@ static DialogItemIndex RunPressing(const AlertStdCFStringAlertParamRec *param, D
         return -1;
     gItemToPress = item;
     DialogItemIndex itemHit = -1;
-    if (RunStandardAlert(alert, PressItem, &itemHit) != noErr)
-        return -1;
-    return itemHit;
+    return RunStandardAlert(alert, PressItem, &itemHit) == noErr ? itemHit : -1;
 }
 
 KT_CASE(FilterEndsTheModalAlertWithItsItem)
@@ -59,8 +56,7 @@ KT_CASE(FilterEndsTheModalAlertWithItsItem)
     KT_EXPECT((intptr_t)param.defaultText == kAlertDefaultOKText && param.cancelText == NULL);
     KT_EXPECT(param.defaultButton == kAlertStdAlertOKButton && param.cancelButton == 0);
     gNullEvents = 0;
-    KT_EXPECT(RunPressing(&param, kAlertStdAlertOKButton) == kAlertStdAlertOKButton);
-    KT_EXPECT(gNullEvents == 1);
+    KT_EXPECT(RunPressing(&param, kAlertStdAlertOKButton) == kAlertStdAlertOKButton && gNullEvents == 1);
     param.cancelText = (CFStringRef)(intptr_t)kAlertDefaultCancelText;
     param.otherText = CFSTR("Discard");
     KT_EXPECT(RunPressing(&param, kAlertStdAlertOtherButton) == kAlertStdAlertOtherButton);
@@ -77,8 +73,7 @@ KT_CASE(DefaultAndCancelButtonsTakeReturnAndEscape)
     param.cancelButton = kAlertStdAlertOKButton;
     DialogRef alert = NULL;
     KT_ASSERT(CreateStandardAlert(kAlertStopAlert, CFSTR("Stop?"), NULL, &param, &alert) == noErr);
-    KT_ASSERT(GetDialogWindow(alert) != NULL);
-    KT_EXPECT(GetDialogFromWindow(GetDialogWindow(alert)) == alert);
+    KT_ASSERT(GetDialogWindow(alert) != NULL && GetDialogFromWindow(GetDialogWindow(alert)) == alert);
     KT_EXPECT_EQUAL_OBJECTS([FindButton(alert, @"Stop") keyEquivalent], @"\r");
     KT_EXPECT_EQUAL_OBJECTS([FindButton(alert, @"OK") keyEquivalent], @"\033");
     DisposeDialog(alert);
@@ -129,16 +124,15 @@ KT_CASE(BadInputIsRefused)
 {
     KGUISharedApplication();
     AlertStdCFStringAlertParamRec param;
-    KT_EXPECT(GetStandardAlertDefaultParams(NULL, kStdCFStringAlertVersionOne) == paramErr);
-    KT_EXPECT(GetStandardAlertDefaultParams(&param, 2) == paramErr);
+    KT_EXPECT(GetStandardAlertDefaultParams(NULL, kStdCFStringAlertVersionOne) == paramErr &&
+              GetStandardAlertDefaultParams(&param, 2) == paramErr);
     DialogRef alert = (DialogRef)1;
     KT_EXPECT(CreateStandardAlert(kAlertNoteAlert, NULL, NULL, NULL, &alert) == paramErr && alert == NULL);
     KT_EXPECT(CreateStandardAlert(7, CFSTR("x"), NULL, NULL, &alert) == paramErr);
     GetStandardAlertDefaultParams(&param, kStdCFStringAlertVersionOne);
     param.version = 0;
     KT_EXPECT(CreateStandardSheet(kAlertNoteAlert, CFSTR("x"), NULL, &param, NULL, &alert) == paramErr);
-    KT_EXPECT(RunStandardAlert(NULL, NULL, NULL) == paramErr);
-    KT_EXPECT(ShowSheetWindow(NULL, NULL) == paramErr);
+    KT_EXPECT(RunStandardAlert(NULL, NULL, NULL) == paramErr && ShowSheetWindow(NULL, NULL) == paramErr);
     KT_EXPECT(GetDialogWindow(NULL) == NULL && GetDialogFromWindow(NULL) == NULL);
     DisposeDialog(NULL);
 }
@@ -152,12 +146,10 @@ static NSWindow *NewWindow(void)
 KT_CASE(ReferenceConstantsStayWithTheirWindow)
 {
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 100, 100), nil);
-    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL);
     SetWRefCon((WindowRef)window, (SRefCon)0x1234);
     KT_EXPECT(GetWRefCon((WindowRef)window) == (SRefCon)0x1234);
     [window close];
-    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL);
-    KT_EXPECT(GetWRefCon(NULL) == NULL);
+    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL && GetWRefCon(NULL) == NULL);
     SetWRefCon(NULL, (SRefCon)1);
     [window release];
 
