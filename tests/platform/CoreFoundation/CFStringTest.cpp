@@ -63,16 +63,14 @@ TEST(CFString, CreatesFromEachSourceAndReadsBack)
 
 TEST(CFString, InvalidBytesGiveNull)
 {
-    const UInt8 badUtf8[] = {'a', 0xC3};
-    EXPECT_EQ(CFStringCreateWithBytes(nullptr, badUtf8, 2, kCFStringEncodingUTF8, false), nullptr);
-    const UInt8 overlong[] = {0xC0, 0xAF};
-    EXPECT_EQ(CFStringCreateWithBytes(nullptr, overlong, 2, kCFStringEncodingUTF8, false), nullptr);
+    // A cut-off sequence and an overlong one.
+    EXPECT_EQ(CFStringCreateWithBytes(nullptr, (const UInt8 *)"a\xC3", 2, kCFStringEncodingUTF8, false), nullptr);
+    EXPECT_EQ(CFStringCreateWithBytes(nullptr, (const UInt8 *)"\xC0\xAF", 2, kCFStringEncodingUTF8, false), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(nullptr, "\x80", kCFStringEncodingASCII), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(nullptr, nullptr, kCFStringEncodingUTF8), nullptr);
     EXPECT_EQ(CFStringCreateWithCString(nullptr, "x", 0x7777), nullptr);
     EXPECT_EQ(CFStringCreateWithCharacters(nullptr, nullptr, 3), nullptr);
-    const UInt8 odd[] = {0, 'a', 0};
-    EXPECT_EQ(CFStringCreateWithBytes(nullptr, odd, 3, kCFStringEncodingUTF16BE, false), nullptr);
+    EXPECT_EQ(CFStringCreateWithBytes(nullptr, (const UInt8 *)"\0a\0", 3, kCFStringEncodingUTF16BE, false), nullptr);
 }
 
 TEST(CFString, ExtractionFailsWithoutLossAndLeavesBufferEmpty)

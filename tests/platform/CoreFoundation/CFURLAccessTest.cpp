@@ -150,21 +150,18 @@ TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
     CFDataRef first = Data("first version");
     SInt32 error = 99;
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), first, nullptr, &error));
-    EXPECT_EQ(0, error);
-    EXPECT_EQ("first version", Read(Path("doc.txt")));
+    EXPECT_TRUE(error == 0 && Read(Path("doc.txt")) == "first version");
 
     chmod(Path("doc.txt").c_str(), 0604);
     CFDataRef second = Data("second");
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), second, nullptr, &error));
-    EXPECT_EQ("second", Read(Path("doc.txt")));
-    EXPECT_EQ(0604u, ModeOf(Path("doc.txt")));
+    EXPECT_TRUE(Read(Path("doc.txt")) == "second" && ModeOf(Path("doc.txt")) == 0604u);
 
     // Through a symbolic link the file it points to is written; the link stays.
     ASSERT_EQ(0, symlink(Path("doc.txt").c_str(), Path("link").c_str()));
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("link"), first, nullptr, &error));
     struct stat info;
-    ASSERT_EQ(0, lstat(Path("link").c_str(), &info));
-    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    EXPECT_TRUE(lstat(Path("link").c_str(), &info) == 0 && S_ISLNK(info.st_mode));
     EXPECT_EQ("first version", Read(Path("doc.txt")));
 
     // The longest name a folder takes is written too (its temporary name is shorter).
@@ -175,8 +172,7 @@ TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
 
     // A directory URL given data makes the folder.
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("made", true), first, nullptr, &error));
-    ASSERT_EQ(0, stat(Path("made").c_str(), &info));
-    EXPECT_TRUE(S_ISDIR(info.st_mode));
+    EXPECT_TRUE(stat(Path("made").c_str(), &info) == 0 && S_ISDIR(info.st_mode));
 
     // A write that cannot happen leaves nothing behind.
     EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("no/such/file"), first, nullptr, &error));
@@ -190,24 +186,18 @@ TEST_F(URLAccessTest, WritesModeAndOwnerProperties)
 {
     Write(Path("file"), "content");
     SInt32 error = 99;
-    EXPECT_TRUE(WriteProperty("file", kCFURLFilePOSIXMode, 0751, &error));
-    EXPECT_EQ(0, error);
-    EXPECT_EQ(0751u, ModeOf(Path("file")));
-    EXPECT_EQ("content", Read(Path("file")));
+    EXPECT_TRUE(WriteProperty("file", kCFURLFilePOSIXMode, 0751, &error) && error == 0);
+    EXPECT_TRUE(ModeOf(Path("file")) == 0751u && Read(Path("file")) == "content");
     EXPECT_TRUE(WriteProperty("file", kCFURLFileOwnerID, static_cast<long>(geteuid()), &error));
 
     // Giving a file away needs privileges.
     const bool changed = WriteProperty("file", kCFURLFileOwnerID, 4242, &error);
     struct stat info;
     stat(Path("file").c_str(), &info);
-    if (geteuid() == 0) {
-        EXPECT_TRUE(changed);
-        EXPECT_EQ(4242u, info.st_uid);
-    } else {
-        EXPECT_FALSE(changed);
-        EXPECT_EQ(kCFURLResourceAccessViolationError, error);
-        EXPECT_EQ(geteuid(), info.st_uid);
-    }
+    if (geteuid() == 0)
+        EXPECT_TRUE(changed && info.st_uid == 4242u);
+    else
+        EXPECT_TRUE(!changed && error == kCFURLResourceAccessViolationError && info.st_uid == geteuid());
     EXPECT_FALSE(WriteProperty("file", CFSTR("kCFURLFileLength"), 3, &error));
     EXPECT_EQ(kCFURLUnknownPropertyKeyError, error);
     EXPECT_FALSE(WriteProperty("missing", kCFURLFilePOSIXMode, 0600, &error));
@@ -227,8 +217,7 @@ TEST_F(URLAccessTest, BadArgumentsAndOtherSchemes)
     EXPECT_EQ(kCFURLUnknownSchemeError, error);
 
     Write(Path("gone"), "x");
-    EXPECT_TRUE(CFURLDestroyResource(URL("gone"), &error));
-    EXPECT_NE(0, access(Path("gone").c_str(), F_OK));
+    EXPECT_TRUE(CFURLDestroyResource(URL("gone"), &error) && access(Path("gone").c_str(), F_OK) != 0);
     EXPECT_FALSE(CFURLDestroyResource(URL("gone"), &error));
     EXPECT_EQ(kCFURLResourceNotFoundError, error);
 }
