@@ -97,6 +97,8 @@ TEST(CFURL, RelativePathsStayRelativeToTheirBase)
     UInt8 resolved[64];
     ASSERT_TRUE(CFURLGetFileSystemRepresentation(share.get(), true, resolved, sizeof resolved));
     EXPECT_STREQ(reinterpret_cast<char *>(resolved), "/usr/local/share");
+    ASSERT_TRUE(CFURLGetFileSystemRepresentation(share.get(), false, resolved, sizeof resolved));
+    EXPECT_STREQ(reinterpret_cast<char *>(resolved), "local/share");
 
     // Without a base the current folder becomes the base; the path stays as given.
     char cwd[1024];

@@ -146,6 +146,7 @@ static NSWindow *NewWindow(void)
 KT_CASE(ReferenceConstantsStayWithTheirWindow)
 {
     NSWindow *window = KGUIMakeWindow(NSMakeRect(100, 100, 100, 100), nil);
+    KT_EXPECT(GetWRefCon((WindowRef)window) == NULL);
     SetWRefCon((WindowRef)window, (SRefCon)0x1234);
     KT_EXPECT(GetWRefCon((WindowRef)window) == (SRefCon)0x1234);
     [window close];
