@@ -3,10 +3,10 @@
 #include <CoreFoundation/CoreFoundation.h>
 #include <gtest/gtest.h>
 
-#include <cmath>
 #include <cstdio>
 #include <cstring>
 #include <string>
+#include <utility>
 
 #include <fcntl.h>
 #include <unistd.h>
@@ -23,93 +23,37 @@ TEST(CFBase, OwnershipFollowsCreateRetainRelease)
     CFRelease(s);
     EXPECT_EQ(CFGetRetainCount(s), start);
     CFRelease(s);
-
-    // NULL is a caller error, reported but never fatal.
-    EXPECT_EQ(CFRetain(nullptr), nullptr);
-    CFRelease(nullptr);
-    EXPECT_EQ(CFGetRetainCount(nullptr), 0);
-    EXPECT_EQ(CFGetTypeID(nullptr), 0u);
-    EXPECT_FALSE(CFEqual(nullptr, nullptr));
-    EXPECT_FALSE(CFEqual(CFSTR("a"), nullptr));
-    EXPECT_EQ(CFHash(nullptr), 0u);
-    EXPECT_EQ(CFCopyDescription(nullptr), nullptr);
 }
 
+// Objects only CF makes (typed numbers, plain-pointer collections, constant
+// strings, UUIDs) map to their type IDs; Foundation's own are checked with it.
 TEST(CFBase, EveryBridgedObjectAnswersItsTypeID)
 {
-    const UInt8 bytes[] = {1, 2, 3};
     int value = 7;
-    CFTypeRef objects[] = {
-        CFStringCreateWithCString(nullptr, "s", kCFStringEncodingASCII),
-        CFStringCreateMutable(nullptr, 0),
-        CFDataCreate(nullptr, bytes, 3),
-        CFDataCreateMutable(nullptr, 0),
-        CFNumberCreate(nullptr, kCFNumberIntType, &value),
-        CFArrayCreate(nullptr, nullptr, 0, &kCFTypeArrayCallBacks),
-        CFArrayCreateMutable(nullptr, 0, nullptr),
-        CFDictionaryCreate(nullptr, nullptr, nullptr, 0, &kCFTypeDictionaryKeyCallBacks, &kCFTypeDictionaryValueCallBacks),
-        CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr),
-        CFUUIDCreate(nullptr),
-        CFURLCreateWithString(nullptr, CFSTR("http://example.org/"), nullptr),
+    const std::pair<CFTypeRef, CFTypeID> objects[] = {
+        {CFStringCreateWithCString(nullptr, "s", kCFStringEncodingASCII), CFStringGetTypeID()},
+        {CFStringCreateMutable(nullptr, 0), CFStringGetTypeID()},
+        {CFNumberCreate(nullptr, kCFNumberIntType, &value), CFNumberGetTypeID()},
+        {CFArrayCreateMutable(nullptr, 0, nullptr), CFArrayGetTypeID()},
+        {CFDictionaryCreateMutable(nullptr, 0, nullptr, nullptr), CFDictionaryGetTypeID()},
+        {CFSetCreateMutable(nullptr, 0, nullptr), CFSetGetTypeID()},
+        {CFUUIDCreate(nullptr), CFUUIDGetTypeID()},
+        {CFRetain(CFSTR("constant")), CFStringGetTypeID()},
     };
-    const CFTypeID expected[] = {
-        CFStringGetTypeID(), CFStringGetTypeID(), CFDataGetTypeID(),       CFDataGetTypeID(),
-        CFNumberGetTypeID(), CFArrayGetTypeID(),  CFArrayGetTypeID(),      CFDictionaryGetTypeID(),
-        CFDictionaryGetTypeID(), CFUUIDGetTypeID(), CFURLGetTypeID(),
-    };
-    for (size_t i = 0; i < sizeof objects / sizeof objects[0]; i++) {
-        ASSERT_NE(objects[i], nullptr) << i;
-        EXPECT_EQ(CFGetTypeID(objects[i]), expected[i]) << i;
-        CFRelease(objects[i]);
+    for (const auto &object : objects) {
+        ASSERT_NE(object.first, nullptr) << object.second;
+        EXPECT_EQ(CFGetTypeID(object.first), object.second);
+        CFRelease(object.first);
     }
-    EXPECT_EQ(CFGetTypeID(CFSTR("constant")), CFStringGetTypeID());
-    EXPECT_EQ(CFGetTypeID(kCFBooleanTrue), CFBooleanGetTypeID());
-    EXPECT_EQ(CFGetTypeID(kCFBooleanFalse), CFBooleanGetTypeID());
-    EXPECT_EQ(CFGetTypeID(kCFNull), CFNullGetTypeID());
-    EXPECT_EQ(CFGetTypeID(CFBundleGetMainBundle()), CFBundleGetTypeID());
-
     CFStringRef name = CFCopyTypeIDDescription(CFStringGetTypeID());
     EXPECT_TRUE(CFEqual(name, CFSTR("CFString")));
     CFRelease(name);
     EXPECT_EQ(CFCopyTypeIDDescription(9999), nullptr);
 }
 
+// Numbers keep the type they were made with, convert between widths and
+// report a conversion that loses the value.
 TEST(CFBase, NumbersKeepTheirTypeAndReportLoss)
-{
-    SInt32 big = 70000;
-    CFNumberRef n = CFNumberCreate(nullptr, kCFNumberSInt32Type, &big);
-    EXPECT_EQ(CFNumberGetType(n), kCFNumberSInt32Type);
-    EXPECT_FALSE(CFNumberIsFloatType(n));
-    SInt16 small = 0;
-    EXPECT_FALSE(CFNumberGetValue(n, kCFNumberSInt16Type, &small));  // 70000 does not fit
-    SInt64 wide = 0;
-    EXPECT_TRUE(CFNumberGetValue(n, kCFNumberSInt64Type, &wide));
-    EXPECT_EQ(wide, 70000);
-    double d = 0;
-    EXPECT_TRUE(CFNumberGetValue(n, kCFNumberDoubleType, &d));
-    EXPECT_EQ(d, 70000.0);
-
-    double half = 2.5;
-    CFNumberRef f = CFNumberCreate(nullptr, kCFNumberDoubleType, &half);
-    EXPECT_TRUE(CFNumberIsFloatType(f));
-    int truncated = 0;
-    EXPECT_FALSE(CFNumberGetValue(f, kCFNumberIntType, &truncated));
-    EXPECT_EQ(truncated, 2);
-    EXPECT_EQ(CFNumberCompare(n, f, nullptr), kCFCompareGreaterThan);
-    EXPECT_EQ(CFNumberCreate(nullptr, kCFNumberIntType, nullptr), nullptr);
-    EXPECT_FALSE(CFNumberGetValue(nullptr, kCFNumberIntType, &truncated));
-    CFRelease(n);
-    CFRelease(f);
-
-    EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
-    EXPECT_FALSE(CFBooleanGetValue(kCFBooleanFalse));
-    EXPECT_FALSE(CFBooleanGetValue(nullptr));
-    double inf = 0;
-    CFNumberGetValue(kCFNumberPositiveInfinity, kCFNumberDoubleType, &inf);
-    EXPECT_TRUE(std::isinf(inf));
-}
-
-TEST(CFBase, NumbersReportTheTypeTheyWereMadeWith)
 {
     SInt8 i8 = -5;
     SInt16 i16 = 300;
@@ -131,34 +75,44 @@ TEST(CFBase, NumbersReportTheTypeTheyWereMadeWith)
         ASSERT_NE(n, nullptr);
         EXPECT_EQ(CFNumberGetType(n), c.reported) << c.made;
         EXPECT_EQ(CFNumberGetByteSize(n), c.size) << c.made;
-        EXPECT_EQ(CFGetTypeID(n), CFNumberGetTypeID());
         CFRelease(n);
     }
+
+    SInt32 big = 70000;
+    CFNumberRef n = CFNumberCreate(nullptr, kCFNumberSInt32Type, &big);
+    SInt16 small = 0;
+    EXPECT_FALSE(CFNumberGetValue(n, kCFNumberSInt16Type, &small));  // 70000 does not fit
+    double d = 0;
+    EXPECT_TRUE(CFNumberGetValue(n, kCFNumberDoubleType, &d) && d == 70000.0);
+    double half = 2.5;
+    CFNumberRef f = CFNumberCreate(nullptr, kCFNumberDoubleType, &half);
+    EXPECT_TRUE(CFNumberIsFloatType(f) && !CFNumberIsFloatType(n));
+    int truncated = 0;
+    EXPECT_FALSE(CFNumberGetValue(f, kCFNumberIntType, &truncated));  // loses the half, gives the rest
+    EXPECT_EQ(truncated, 2);
+    EXPECT_EQ(CFNumberCompare(n, f, nullptr), kCFCompareGreaterThan);
+    EXPECT_EQ(CFNumberCreate(nullptr, kCFNumberIntType, nullptr), nullptr);
+    EXPECT_FALSE(CFNumberGetValue(nullptr, kCFNumberIntType, &truncated));
+    CFRelease(n);
+    CFRelease(f);
+
     // Equal values of different widths are equal and hash alike.
-    CFNumberRef small = CFNumberCreate(nullptr, kCFNumberSInt8Type, &i8);
+    CFNumberRef narrow = CFNumberCreate(nullptr, kCFNumberSInt8Type, &i8);
     SInt64 wide = -5;
-    CFNumberRef big = CFNumberCreate(nullptr, kCFNumberSInt64Type, &wide);
-    EXPECT_TRUE(CFEqual(small, big));
-    EXPECT_EQ(CFHash(small), CFHash(big));
-    SInt16 back = 0;
-    EXPECT_TRUE(CFNumberGetValue(small, kCFNumberSInt16Type, &back));
-    EXPECT_EQ(back, -5);
-    CFRelease(small);
-    CFRelease(big);
+    CFNumberRef broad = CFNumberCreate(nullptr, kCFNumberSInt64Type, &wide);
+    EXPECT_TRUE(CFEqual(narrow, broad));
+    EXPECT_EQ(CFHash(narrow), CFHash(broad));
+    CFRelease(narrow);
+    CFRelease(broad);
 }
 
 TEST(CFBase, BooleansAreImmortalAndNeverEqualNumbers)
 {
-    int one = 1, zero = 0;
+    int one = 1;
     CFNumberRef numberOne = CFNumberCreate(nullptr, kCFNumberIntType, &one);
-    CFNumberRef numberZero = CFNumberCreate(nullptr, kCFNumberIntType, &zero);
-    EXPECT_FALSE(CFEqual(kCFBooleanTrue, numberOne));
-    EXPECT_FALSE(CFEqual(numberOne, kCFBooleanTrue));
-    EXPECT_FALSE(CFEqual(kCFBooleanFalse, numberZero));
+    EXPECT_FALSE(CFEqual(kCFBooleanTrue, numberOne) || CFEqual(numberOne, kCFBooleanTrue));
     EXPECT_FALSE(CFEqual(kCFBooleanTrue, kCFBooleanFalse));
-    EXPECT_TRUE(CFEqual(kCFBooleanTrue, kCFBooleanTrue));
-    EXPECT_EQ(CFGetTypeID(kCFBooleanTrue), CFBooleanGetTypeID());
-    EXPECT_EQ(CFGetTypeID(numberOne), CFNumberGetTypeID());
+    EXPECT_FALSE(CFBooleanGetValue(kCFBooleanFalse) || CFBooleanGetValue(nullptr));
 
     // A dictionary keyed by both holds two entries, in either order.
     for (int order = 0; order < 2; order++) {
@@ -172,23 +126,19 @@ TEST(CFBase, BooleansAreImmortalAndNeverEqualNumbers)
         CFRelease(dict);
     }
     CFRelease(numberOne);
-    CFRelease(numberZero);
 
     // No number of releases frees them.
     for (int i = 0; i < 10; i++)
         CFRelease(kCFBooleanTrue);
     EXPECT_TRUE(CFBooleanGetValue(kCFBooleanTrue));
-    EXPECT_EQ(CFRetain(kCFBooleanFalse), kCFBooleanFalse);
 }
 
 TEST(CFBase, DataCopiesAndEdits)
 {
     const UInt8 bytes[] = {'a', 'b', 'c', 'd'};
     CFDataRef d = CFDataCreate(nullptr, bytes, 4);
-    EXPECT_EQ(CFDataGetLength(d), 4);
     UInt8 out[2] = {};
     CFDataGetBytes(d, CFRangeMake(1, 2), out);
-    EXPECT_EQ(out[0], 'b');
     CFDataGetBytes(d, CFRangeMake(3, 5), out);  // out of range: untouched
     EXPECT_EQ(out[0], 'b');
 
@@ -204,7 +154,6 @@ TEST(CFBase, DataCopiesAndEdits)
     CFDataAppendBytes((CFMutableDataRef)d, bytes, 1);
     EXPECT_EQ(CFDataGetLength(d), 4);
     EXPECT_EQ(CFDataCreate(nullptr, nullptr, 3), nullptr);
-    EXPECT_EQ(CFDataGetBytePtr(nullptr), nullptr);
     CFRelease(m);
     CFRelease(d);
 
@@ -219,12 +168,10 @@ TEST(CFBase, UUIDsRoundTripThroughText)
 {
     CFUUIDRef a = CFUUIDCreate(nullptr);
     CFStringRef text = CFUUIDCreateString(nullptr, a);
-    ASSERT_EQ(CFStringGetLength(text), 36);
     CFUUIDRef b = CFUUIDCreateFromString(nullptr, text);
     EXPECT_TRUE(CFEqual(a, b));
     CFUUIDBytes raw = CFUUIDGetUUIDBytes(a);
-    EXPECT_EQ(raw.byte6 >> 4, 4);         // version 4: random
-    EXPECT_EQ(raw.byte8 & 0xC0, 0x80);    // RFC 4122 variant
+    EXPECT_TRUE(raw.byte6 >> 4 == 4 && (raw.byte8 & 0xC0) == 0x80);  // version 4 (random), RFC 4122 variant
     CFUUIDRef c = CFUUIDCreateFromUUIDBytes(nullptr, raw);
     EXPECT_TRUE(CFEqual(a, c));
 
@@ -232,11 +179,9 @@ TEST(CFBase, UUIDsRoundTripThroughText)
                                             0x86, 0x65, 0x0D, 0xE0, 0x3E);
     CFStringRef fixedText = CFUUIDCreateString(nullptr, fixed);
     EXPECT_TRUE(CFEqual(fixedText, CFSTR("68753A44-4D6F-1226-9C60-2D86650DE03E")));
-    CFUUIDRef k1 = CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
-    CFUUIDRef k2 = CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16);
-    EXPECT_EQ(k1, k2);
+    EXPECT_EQ(CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16),
+              CFUUIDGetConstantUUIDWithBytes(nullptr, 1, 2, 3, 4, 5, 6, 7, 8, 9, 10, 11, 12, 13, 14, 15, 16));
     EXPECT_EQ(CFUUIDCreateFromString(nullptr, CFSTR("not-a-uuid")), nullptr);
-    EXPECT_EQ(CFUUIDCreateString(nullptr, nullptr), nullptr);
     for (CFTypeRef o : {(CFTypeRef)a, (CFTypeRef)b, (CFTypeRef)c, (CFTypeRef)fixed, (CFTypeRef)text, (CFTypeRef)fixedText})
         CFRelease(o);
 }
@@ -263,17 +208,11 @@ std::string CaptureShow(CFTypeRef object)
 
 TEST(CFBase, ShowWritesToStandardError)
 {
-    EXPECT_EQ(CaptureShow(CFSTR("shown text")), "shown text\n");
-    EXPECT_EQ(CaptureShow(nullptr), "(null)\n");
     int value = 12;
     CFNumberRef n = CFNumberCreate(nullptr, kCFNumberIntType, &value);
-    EXPECT_EQ(CaptureShow(n), "12\n");
+    EXPECT_EQ(CaptureShow(CFSTR("shown text")) + CaptureShow(n) + CaptureShow(nullptr), "shown text\n12\n(null)\n");
     CFRelease(n);
 }
-
-}  // namespace
-
-namespace {
 
 // Every function given NULL where an object is required answers its neutral
 // result and touches nothing.
@@ -285,8 +224,36 @@ TEST(CFBase, NullArgumentsGiveNeutralResults)
     UniChar units[2] = {'a', 'b'};
     CFIndex used = 5;
 
-    EXPECT_EQ(CFStringGetLength(nullptr), 0);
-    EXPECT_EQ(CFStringGetCharacterAtIndex(nullptr, 0), 0);
+    const void *const nulls[] = {
+        CFRetain(nullptr), CFCopyDescription(nullptr), CFStringCreateCopy(nullptr, nullptr),
+        CFStringCreateWithSubstring(nullptr, nullptr, whole),
+        CFStringCreateWithPascalString(nullptr, nullptr, kCFStringEncodingMacRoman),
+        CFStringCreateWithBytes(nullptr, nullptr, 4, kCFStringEncodingUTF8, false),
+        CFStringCreateWithFormat(nullptr, nullptr, nullptr),
+        CFStringCreateExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8, 0),
+        CFStringCreateFromExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8),
+        CFStringCreateArrayBySeparatingStrings(nullptr, nullptr, CFSTR(",")),
+        CFStringCreateByCombiningStrings(nullptr, nullptr, CFSTR(",")), CFDataCreateCopy(nullptr, nullptr),
+        CFDataGetBytePtr(nullptr), CFArrayGetValueAtIndex(nullptr, 0), CFArrayCreateCopy(nullptr, nullptr),
+        CFDictionaryGetValue(nullptr, CFSTR("k")), CFDictionaryCreateCopy(nullptr, nullptr),
+        CFUUIDCreateFromString(nullptr, nullptr), CFUUIDCreateString(nullptr, nullptr), CFURLGetString(nullptr),
+        CFURLCopyLastPathComponent(nullptr), CFURLCreateCopyAppendingPathComponent(nullptr, nullptr, CFSTR("x"), false),
+        CFURLCreateWithFileSystemPath(nullptr, nullptr, kCFURLPOSIXPathStyle, false), CFBundleCreate(nullptr, nullptr),
+        CFBundleGetIdentifier(nullptr), CFBundleGetFunctionPointerForName(nullptr, CFSTR("main")),
+        CFBundleGetFunctionPointerForName(CFBundleGetMainBundle(), nullptr),
+        CFBundleGetValueForInfoDictionaryKey(nullptr, CFSTR("k")),
+    };
+    for (size_t i = 0; i < sizeof nulls / sizeof nulls[0]; i++)
+        EXPECT_EQ(nulls[i], nullptr) << "call " << i;
+    const CFIndex zeros[] = {
+        CFGetRetainCount(nullptr), (CFIndex)CFGetTypeID(nullptr), (CFIndex)CFHash(nullptr), CFStringGetLength(nullptr),
+        CFStringGetCharacterAtIndex(nullptr, 0), CFStringGetIntValue(nullptr), CFDataGetLength(nullptr),
+        CFArrayGetCount(nullptr), CFDictionaryGetCount(nullptr), CFNumberGetType(nullptr),
+        CFNumberGetByteSize(nullptr), CFUUIDGetUUIDBytes(nullptr).byte0,
+    };
+    for (size_t i = 0; i < sizeof zeros / sizeof zeros[0]; i++)
+        EXPECT_EQ(zeros[i], 0) << "call " << i;
+    EXPECT_FALSE(CFEqual(nullptr, nullptr) || CFEqual(CFSTR("a"), nullptr));
     CFStringGetCharacters(nullptr, CFRangeMake(0, 1), units);
     EXPECT_EQ(units[0], 'a');
     EXPECT_EQ(CFStringGetBytes(nullptr, whole, kCFStringEncodingUTF8, 0, false, nullptr, 0, &used), 0);
@@ -295,22 +262,19 @@ TEST(CFBase, NullArgumentsGiveNeutralResults)
     EXPECT_EQ(cBuffer[0], '\0');
     EXPECT_FALSE(CFStringGetPascalString(nullptr, pBuffer, sizeof pBuffer, kCFStringEncodingMacRoman));
     EXPECT_EQ(pBuffer[0], 0);
-    EXPECT_EQ(CFStringCreateCopy(nullptr, nullptr), nullptr);
-    EXPECT_EQ(CFStringCreateWithSubstring(nullptr, nullptr, whole), nullptr);
-    EXPECT_EQ(CFStringCreateWithPascalString(nullptr, nullptr, kCFStringEncodingMacRoman), nullptr);
-    EXPECT_EQ(CFStringCreateWithBytes(nullptr, nullptr, 4, kCFStringEncodingUTF8, false), nullptr);
-    EXPECT_EQ(CFStringCreateWithFormat(nullptr, nullptr, nullptr), nullptr);
-    EXPECT_EQ(CFStringCreateExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8, 0), nullptr);
-    EXPECT_EQ(CFStringCreateFromExternalRepresentation(nullptr, nullptr, kCFStringEncodingUTF8), nullptr);
-    EXPECT_EQ(CFStringCreateArrayBySeparatingStrings(nullptr, nullptr, CFSTR(",")), nullptr);
-    EXPECT_EQ(CFStringCreateByCombiningStrings(nullptr, nullptr, CFSTR(",")), nullptr);
     EXPECT_EQ(CFStringFind(nullptr, CFSTR("a"), 0).location, kCFNotFound);
     EXPECT_EQ(CFStringFind(CFSTR("a"), nullptr, 0).location, kCFNotFound);
-    EXPECT_FALSE(CFStringHasPrefix(nullptr, CFSTR("a")));
-    EXPECT_FALSE(CFStringHasSuffix(CFSTR("a"), nullptr));
-    EXPECT_EQ(CFStringGetIntValue(nullptr), 0);
+    EXPECT_FALSE(CFStringHasPrefix(nullptr, CFSTR("a")) || CFStringHasSuffix(CFSTR("a"), nullptr));
     EXPECT_EQ(CFStringGetSmallestEncoding(nullptr), kCFStringEncodingInvalidId);
     EXPECT_EQ(CFStringConvertIANACharSetNameToEncoding(nullptr), kCFStringEncodingInvalidId);
+    EXPECT_EQ(CFStringFindAndReplace(nullptr, CFSTR("a"), CFSTR("b"), whole, 0), 0);
+    EXPECT_EQ(CFArrayGetFirstIndexOfValue(nullptr, whole, CFSTR("a")), kCFNotFound);
+    EXPECT_FALSE(CFDictionaryContainsKey(nullptr, CFSTR("k")) || CFNumberIsFloatType(nullptr));
+    EXPECT_FALSE(CFURLGetFileSystemRepresentation(nullptr, true, reinterpret_cast<UInt8 *>(cBuffer), 8));
+    EXPECT_FALSE(CFBundleLoadExecutable(nullptr));
+
+    // The releasing and editing calls change nothing and do not crash.
+    CFRelease(nullptr);
     CFStringAppend(nullptr, nullptr);
     CFStringAppendCString(nullptr, "x", kCFStringEncodingUTF8);
     CFStringAppendCharacters(nullptr, units, 2);
@@ -319,54 +283,21 @@ TEST(CFBase, NullArgumentsGiveNeutralResults)
     CFStringDelete(nullptr, whole);
     CFStringReplace(nullptr, whole, CFSTR("x"));
     CFStringReplaceAll(nullptr, CFSTR("x"));
-    EXPECT_EQ(CFStringFindAndReplace(nullptr, CFSTR("a"), CFSTR("b"), whole, 0), 0);
     CFStringTrim(nullptr, CFSTR(" "));
     CFStringTrimWhitespace(nullptr);
     CFStringLowercase(nullptr, nullptr);
     CFStringPad(nullptr, CFSTR("x"), 3, 0);
-
-    EXPECT_EQ(CFDataGetLength(nullptr), 0);
-    EXPECT_EQ(CFDataCreateCopy(nullptr, nullptr), nullptr);
     CFDataGetBytes(nullptr, whole, reinterpret_cast<UInt8 *>(cBuffer));
     CFDataAppendBytes(nullptr, reinterpret_cast<const UInt8 *>("x"), 1);
     CFDataSetLength(nullptr, 4);
-
-    EXPECT_EQ(CFArrayGetCount(nullptr), 0);
-    EXPECT_EQ(CFArrayGetValueAtIndex(nullptr, 0), nullptr);
-    EXPECT_EQ(CFArrayCreateCopy(nullptr, nullptr), nullptr);
-    EXPECT_EQ(CFArrayGetFirstIndexOfValue(nullptr, whole, CFSTR("a")), kCFNotFound);
     CFArrayAppendValue(nullptr, CFSTR("a"));
     CFArrayRemoveValueAtIndex(nullptr, 0);
     CFArraySortValues(nullptr, whole, nullptr, nullptr);
     CFArrayApplyFunction(nullptr, whole, nullptr, nullptr);
-
-    EXPECT_EQ(CFDictionaryGetCount(nullptr), 0);
-    EXPECT_EQ(CFDictionaryGetValue(nullptr, CFSTR("k")), nullptr);
-    EXPECT_FALSE(CFDictionaryContainsKey(nullptr, CFSTR("k")));
-    EXPECT_EQ(CFDictionaryCreateCopy(nullptr, nullptr), nullptr);
     CFDictionarySetValue(nullptr, CFSTR("k"), CFSTR("v"));
     CFDictionaryRemoveValue(nullptr, CFSTR("k"));
     CFDictionaryApplyFunction(nullptr, nullptr, nullptr);
     CFDictionaryGetKeysAndValues(nullptr, nullptr, nullptr);
-
-    EXPECT_EQ(CFNumberGetType(nullptr), 0);
-    EXPECT_EQ(CFNumberGetByteSize(nullptr), 0);
-    EXPECT_FALSE(CFNumberIsFloatType(nullptr));
-    EXPECT_EQ(CFUUIDGetUUIDBytes(nullptr).byte0, 0);
-    EXPECT_EQ(CFUUIDCreateFromString(nullptr, nullptr), nullptr);
-
-    EXPECT_EQ(CFURLGetString(nullptr), nullptr);
-    EXPECT_EQ(CFURLCopyLastPathComponent(nullptr), nullptr);
-    EXPECT_EQ(CFURLCreateCopyAppendingPathComponent(nullptr, nullptr, CFSTR("x"), false), nullptr);
-    EXPECT_EQ(CFURLCreateWithFileSystemPath(nullptr, nullptr, kCFURLPOSIXPathStyle, false), nullptr);
-    EXPECT_FALSE(CFURLGetFileSystemRepresentation(nullptr, true, reinterpret_cast<UInt8 *>(cBuffer), 8));
-
-    EXPECT_EQ(CFBundleCreate(nullptr, nullptr), nullptr);
-    EXPECT_EQ(CFBundleGetIdentifier(nullptr), nullptr);
-    EXPECT_EQ(CFBundleGetFunctionPointerForName(nullptr, CFSTR("main")), nullptr);
-    EXPECT_EQ(CFBundleGetFunctionPointerForName(CFBundleGetMainBundle(), nullptr), nullptr);
-    EXPECT_FALSE(CFBundleLoadExecutable(nullptr));
-    EXPECT_EQ(CFBundleGetValueForInfoDictionaryKey(nullptr, CFSTR("k")), nullptr);
 }
 
 }  // namespace

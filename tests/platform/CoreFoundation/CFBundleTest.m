@@ -30,10 +30,7 @@ static NSString *MakeBundlesKeepingIdentifiers(BOOL keepIdentifiers)
     return system([command UTF8String]) == 0 ? folder : nil;
 }
 
-static NSString *MakeBundles(void)
-{
-    return MakeBundlesKeepingIdentifiers(NO);
-}
+#define MakeBundles() MakeBundlesKeepingIdentifiers(NO)
 
 static void RemoveBundles(NSString *folder)
 {
@@ -41,12 +38,14 @@ static void RemoveBundles(NSString *folder)
         system([[NSString stringWithFormat:@"rm -rf '%@'", folder] UTF8String]);
 }
 
-static CFBundleRef CreateBundle(NSString *path)
+/* The bundle at folder/name, released with the case's pool. */
+static CFBundleRef Bundle(NSString *folder, NSString *name)
 {
-    CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)path, kCFURLPOSIXPathStyle, true);
+    CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)[folder stringByAppendingPathComponent:name],
+                                                 kCFURLPOSIXPathStyle, true);
     CFBundleRef bundle = CFBundleCreate(NULL, url);
     CFRelease(url);
-    return bundle;
+    return (CFBundleRef)[(id)bundle autorelease];
 }
 
 /* The path of a URL the caller owns, released here. */
@@ -65,75 +64,56 @@ static NSString *Localized(CFBundleRef bundle, NSString *key, NSString *value, N
                                                    (CFStringRef)table) autorelease];
 }
 
-KT_CASE(BothLayoutsGiveInfoExecutableAndCode)
+static NSString *ForLocalization(CFBundleRef bundle, CFStringRef name, CFStringRef type, CFStringRef localization)
 {
-    NSString *folder = MakeBundles();
-    KT_ASSERT(folder != nil);
-    NSArray *names = [NSArray arrayWithObjects:@"Mac.bundle", @"GNUstep.bundle", nil];
-    NSArray *identifiers = [NSArray arrayWithObjects:[NSString stringWithFormat:@"org.koru.test%d.mac", BundleSerial],
-                                                     [NSString stringWithFormat:@"org.koru.test%d.gnustep", BundleSerial], nil];
-    NSArray *executables = [NSArray arrayWithObjects:@"Mac.bundle/Contents/MacOS/Plugin", @"GNUstep.bundle/Plugin", nil];
-    NSArray *resources = [NSArray arrayWithObjects:@"Mac.bundle/Contents/Resources", @"GNUstep.bundle/Resources", nil];
-    for (NSUInteger i = 0; i < [names count]; i++) {
-        CFBundleRef bundle = CreateBundle([folder stringByAppendingPathComponent:[names objectAtIndex:i]]);
-        KT_ASSERT(bundle != NULL);
-        KT_EXPECT_EQUAL_OBJECTS((NSString *)CFBundleGetIdentifier(bundle), [identifiers objectAtIndex:i]);
-        KT_EXPECT_EQUAL_OBJECTS((id)CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleExecutable")), @"Plugin");
-        KT_EXPECT(CFBundleGetBundleWithIdentifier((CFStringRef)[identifiers objectAtIndex:i]) == bundle);
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyExecutableURL(bundle)),
-                                [folder stringByAppendingPathComponent:[executables objectAtIndex:i]]);
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourcesDirectoryURL(bundle)),
-                                [folder stringByAppendingPathComponent:[resources objectAtIndex:i]]);
-
-        int (*answer)(void) = (int (*)(void))CFBundleGetFunctionPointerForName(bundle, CFSTR("CFBundleTestPluginAnswer"));
-        KT_ASSERT(answer != NULL);
-        KT_EXPECT(answer() == 42);
-        KT_EXPECT(CFBundleIsExecutableLoaded(bundle));
-        CFRelease(bundle);
-    }
-    RemoveBundles(folder);
+    return PathOf(CFBundleCopyResourceURLForLocalization(bundle, name, type, NULL, localization));
 }
 
-KT_CASE(ResourcesAreFoundNonLocalisedFirstThenByLocalisation)
+KT_CASE(BothLayoutsGiveInfoCodeAndResources)
 {
     NSString *folder = MakeBundles();
     KT_ASSERT(folder != nil);
-    NSArray *names = [NSArray arrayWithObjects:@"Mac.bundle", @"GNUstep.bundle", nil];
-    for (NSString *name in names) {
-        NSString *bundlePath = [folder stringByAppendingPathComponent:name];
-        CFBundleRef bundle = CreateBundle(bundlePath);
+    NSString *const layouts[][4] = {
+        {@"Mac.bundle", @"mac", @"Mac.bundle/Contents/MacOS/Plugin", @"Mac.bundle/Contents/Resources"},
+        {@"GNUstep.bundle", @"gnustep", @"GNUstep.bundle/Plugin", @"GNUstep.bundle/Resources"},
+    };
+    for (int i = 0; i < 2; i++) {
+        CFBundleRef bundle = Bundle(folder, layouts[i][0]);
         KT_ASSERT(bundle != NULL);
-        NSString *resources = PathOf(CFBundleCopyResourcesDirectoryURL(bundle));
+        NSString *identifier = [NSString stringWithFormat:@"org.koru.test%d.%@", BundleSerial, layouts[i][1]];
+        KT_EXPECT_EQUAL_OBJECTS((NSString *)CFBundleGetIdentifier(bundle), identifier);
+        KT_EXPECT(CFBundleGetBundleWithIdentifier((CFStringRef)identifier) == bundle);
+        KT_EXPECT_EQUAL_OBJECTS((id)CFBundleGetValueForInfoDictionaryKey(bundle, CFSTR("CFBundleExecutable")), @"Plugin");
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyExecutableURL(bundle)), [folder stringByAppendingPathComponent:layouts[i][2]]);
+        NSString *resources = [folder stringByAppendingPathComponent:layouts[i][3]];
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourcesDirectoryURL(bundle)), resources);
+        int (*answer)(void) = (int (*)(void))CFBundleGetFunctionPointerForName(bundle, CFSTR("CFBundleTestPluginAnswer"));
+        KT_EXPECT(answer != NULL && answer() == 42 && CFBundleIsExecutableLoaded(bundle));
 
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon"), CFSTR("png"), NULL)),
-                                [resources stringByAppendingPathComponent:@"icon.png"]);
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon.png"), NULL, NULL)),
-                                [resources stringByAppendingPathComponent:@"icon.png"]);
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, NULL, CFSTR("png"), NULL)),
-                                [resources stringByAppendingPathComponent:@"icon.png"]);
+        /* Resources are found non-localised first, by name, type or both, and in subfolders. */
+        NSString *icon = [resources stringByAppendingPathComponent:@"icon.png"];
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon"), CFSTR("png"), NULL)), icon);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("icon.png"), NULL, NULL)), icon);
+        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, NULL, CFSTR("png"), NULL)), icon);
         KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURL(bundle, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"))),
                                 [resources stringByAppendingPathComponent:@"Sub/deep.txt"]);
         KT_EXPECT(CFBundleCopyResourceURL(bundle, CFSTR("missing"), CFSTR("png"), NULL) == NULL);
 
         /* Only.txt exists in fr.lproj alone: found for fr (either spelling), not for en. */
         NSString *only = [resources stringByAppendingPathComponent:@"fr.lproj/Only.txt"];
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL,
-                                                                              CFSTR("fr"))), only);
-        KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL,
-                                                                              CFSTR("French"))), only);
-        KT_EXPECT(CFBundleCopyResourceURLForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), NULL, CFSTR("en")) == NULL);
+        KT_EXPECT_EQUAL_OBJECTS(ForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), CFSTR("fr")), only);
+        KT_EXPECT_EQUAL_OBJECTS(ForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), CFSTR("French")), only);
+        KT_EXPECT(ForLocalization(bundle, CFSTR("Only"), CFSTR("txt"), CFSTR("en")) == nil);
         /* A strings table asked for without a name is the default table. */
-        NSString *english = PathOf(CFBundleCopyResourceURLForLocalization(bundle, NULL, CFSTR("strings"), NULL, CFSTR("en")));
+        NSString *english = ForLocalization(bundle, NULL, CFSTR("strings"), CFSTR("en"));
         KT_EXPECT_MSG([english hasSuffix:@".lproj/Localizable.strings"], @"%@", english);
 
         NSArray *localizations = [(NSArray *)CFBundleCopyBundleLocalizations(bundle) autorelease];
-        KT_EXPECT_EQUAL_OBJECTS(localizations, ([NSArray arrayWithObjects:
-            [name isEqualToString:@"Mac.bundle"] ? @"en" : @"English", @"fr", nil]));
+        KT_EXPECT_EQUAL_OBJECTS(localizations, ([NSArray arrayWithObjects:i == 0 ? @"en" : @"English", @"fr", nil]));
         NSArray *lists = [(NSArray *)CFBundleCopyResourceURLsOfType(bundle, CFSTR("plist"), NULL) autorelease];
         NSArray *listNames = [lists valueForKey:@"lastPathComponent"];
         KT_EXPECT([listNames containsObject:@"List.plist"] && [listNames containsObject:@"Settings.plist"]);
         KT_EXPECT(![listNames containsObject:@"Localizable.strings"]);
-        CFRelease(bundle);
     }
     RemoveBundles(folder);
 }
@@ -144,10 +124,8 @@ KT_CASE(LocalisedStringsFollowTheUserLanguages)
     setenv("LANGUAGE", "fr:en", 1);
     NSString *folder = MakeBundles();
     KT_ASSERT(folder != nil);
-    CFBundleRef mac = CreateBundle([folder stringByAppendingPathComponent:@"Mac.bundle"]);
-    CFBundleRef gnustep = CreateBundle([folder stringByAppendingPathComponent:@"GNUstep.bundle"]);
-    KT_ASSERT(mac != NULL && gnustep != NULL);
-    CFBundleRef bundles[] = {mac, gnustep};
+    CFBundleRef bundles[] = {Bundle(folder, @"Mac.bundle"), Bundle(folder, @"GNUstep.bundle")};
+    KT_ASSERT(bundles[0] != NULL && bundles[1] != NULL);
     for (int i = 0; i < 2; i++) {
         /* French is preferred and its table is a binary property list. */
         KT_EXPECT_EQUAL_OBJECTS(Localized(bundles[i], @"hello", nil, nil), @"Bonjour");
@@ -162,8 +140,6 @@ KT_CASE(LocalisedStringsFollowTheUserLanguages)
     NSArray *picked = [(NSArray *)CFBundleCopyPreferredLocalizationsFromArray(
         (CFArrayRef)[NSArray arrayWithObjects:@"de", @"English", @"fr_FR", nil]) autorelease];
     KT_EXPECT_EQUAL_OBJECTS([picked objectAtIndex:0], @"English");
-    CFRelease(mac);
-    CFRelease(gnustep);
     RemoveBundles(folder);
 }
 
@@ -172,13 +148,12 @@ KT_CASE(DevelopmentRegionWhenNoPreferenceMatches)
     setenv("LANGUAGE", "ja", 1);
     NSString *folder = MakeBundles();
     KT_ASSERT(folder != nil);
-    CFBundleRef mac = CreateBundle([folder stringByAppendingPathComponent:@"Mac.bundle"]);
+    CFBundleRef mac = Bundle(folder, @"Mac.bundle");
     KT_ASSERT(mac != NULL);
     KT_EXPECT_EQUAL_OBJECTS((NSString *)CFBundleGetDevelopmentRegion(mac), @"en");
     id userLanguages = [[NSUserDefaults standardUserDefaults] objectForKey:@"AppleLanguages"];
     if (userLanguages == nil)
         KT_EXPECT_EQUAL_OBJECTS(Localized(mac, @"hello", nil, nil), @"Hello");
-    CFRelease(mac);
     setenv("LANGUAGE", "fr:en", 1);
     RemoveBundles(folder);
 }
@@ -190,9 +165,8 @@ KT_CASE(BundlesFromAFolder)
     system([[NSString stringWithFormat:@"mkdir '%@/Extra.plugin' && touch '%@/file.bundle'", folder, folder] UTF8String]);
     CFURLRef url = CFURLCreateWithFileSystemPath(NULL, (CFStringRef)folder, kCFURLPOSIXPathStyle, true);
     NSArray *bundles = [(NSArray *)CFBundleCreateBundlesFromDirectory(NULL, url, CFSTR("bundle")) autorelease];
-    KT_EXPECT([bundles count] == 2);
     NSArray *all = [(NSArray *)CFBundleCreateBundlesFromDirectory(NULL, url, NULL) autorelease];
-    KT_EXPECT([all count] == 3);
+    KT_EXPECT([bundles count] == 2 && [all count] == 3);
     CFRelease(url);
     RemoveBundles(folder);
 }
@@ -202,19 +176,14 @@ KT_CASE(SameIdentifierInTwoFoldersGivesTwoBundles)
     NSString *first = MakeBundlesKeepingIdentifiers(YES);
     NSString *second = MakeBundlesKeepingIdentifiers(YES);
     KT_ASSERT(first != nil && second != nil);
-    NSString *firstPath = [first stringByAppendingPathComponent:@"GNUstep.bundle"];
-    NSString *secondPath = [second stringByAppendingPathComponent:@"GNUstep.bundle"];
-    CFBundleRef loaded = CreateBundle(firstPath);
+    CFBundleRef loaded = Bundle(first, @"GNUstep.bundle");
     KT_ASSERT(loaded != NULL);
     KT_EXPECT(CFBundleLoadExecutable(loaded));
     /* Foundation would hand out the loaded bundle for the copy. */
-    CFBundleRef copy = CreateBundle(secondPath);
-    KT_ASSERT(copy != NULL);
-    KT_EXPECT(copy != loaded);
-    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(copy)), secondPath);
-    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(loaded)), firstPath);
-    CFRelease(copy);
-    CFRelease(loaded);
+    CFBundleRef copy = Bundle(second, @"GNUstep.bundle");
+    KT_ASSERT(copy != NULL && copy != loaded);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(copy)), [second stringByAppendingPathComponent:@"GNUstep.bundle"]);
+    KT_EXPECT_EQUAL_OBJECTS(PathOf(CFBundleCopyBundleURL(loaded)), [first stringByAppendingPathComponent:@"GNUstep.bundle"]);
     RemoveBundles(first);
     RemoveBundles(second);
 }
@@ -244,7 +213,7 @@ KT_CASE(VariableOfALinkedLibraryIsTheOneInUse)
         @"printf '{ CFBundleIdentifier = org.koru.test%d.linked; NSExecutable = Linked; }' > '%@/Resources/Info-gnustep.plist'",
         bundlePath, KORU_TEST_LIBRARY, bundlePath, ++BundleSerial, bundlePath];
     KT_ASSERT(system([command UTF8String]) == 0);
-    CFBundleRef bundle = CreateBundle(bundlePath);
+    CFBundleRef bundle = Bundle(folder, @"Linked.bundle");
     KT_ASSERT(bundle != NULL);
     int *value = (int *)CFBundleGetDataPointerForName(bundle, CFSTR("CFBundleTestLibraryValue"));
     KT_EXPECT(value == CFBundleTestLibraryAddress());
@@ -253,7 +222,6 @@ KT_CASE(VariableOfALinkedLibraryIsTheOneInUse)
         KT_EXPECT(CFBundleTestLibraryRead() == 9);
     }
     KT_EXPECT(CFBundleGetDataPointerForName(bundle, CFSTR("NoSuchVariable")) == NULL);
-    CFRelease(bundle);
     RemoveBundles(folder);
 }
 
@@ -267,7 +235,6 @@ KT_CASE(NullArgumentsGiveNull)
     KT_EXPECT(CFBundleCopyPreferredLocalizationsFromArray(NULL) == NULL);
     KT_EXPECT(CFBundleCreateBundlesFromDirectory(NULL, NULL, NULL) == NULL);
     KT_EXPECT(CFBundleGetDevelopmentRegion(NULL) == NULL);
-    KT_EXPECT(CFBundleGetIdentifier(NULL) == NULL);
 }
 
 KT_MAIN()

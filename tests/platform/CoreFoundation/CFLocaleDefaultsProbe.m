@@ -42,11 +42,11 @@ static int AskFromThreads(void)
     return 0;
 }
 
-static NSString *Describe(id value)
+static const char *Describe(id value)
 {
     if ([value isKindOfClass:[NSArray class]])
-        return [value componentsJoinedByString:@","];
-    return value != nil ? [value description] : @"<none>";
+        value = [value componentsJoinedByString:@","];
+    return value != nil ? [[value description] UTF8String] : "<none>";
 }
 
 int main(int argc, char **argv)
@@ -60,8 +60,8 @@ int main(int argc, char **argv)
         [NSUserDefaults resetStandardUserDefaults];
         defaults = [NSUserDefaults standardUserDefaults];
     }
-    printf("languages=%s\n", [Describe([defaults objectForKey:@"AppleLanguages"]) UTF8String]);
-    printf("locale=%s\n", [Describe([defaults objectForKey:@"AppleLocale"]) UTF8String]);
+    printf("languages=%s\nlocale=%s\n", Describe([defaults objectForKey:@"AppleLanguages"]),
+           Describe([defaults objectForKey:@"AppleLocale"]));
     NSDictionary *registered = [defaults volatileDomainForName:NSRegistrationDomain];
     printf("registered=%s\n", [registered objectForKey:@"AppleLocale"] != nil ? "yes" : "no");
     [pool drain];

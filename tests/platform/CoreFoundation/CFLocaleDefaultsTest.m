@@ -2,6 +2,8 @@
  * variables find them in their user defaults. */
 #import "KTest.h"
 
+#define LIST(...) [NSArray arrayWithObjects:__VA_ARGS__, nil]
+
 /* The probe's answers, run with the locale variables of this process
  * replaced by settings ("NAME=value" strings) and with arguments. */
 static NSDictionary *RunProbe(NSArray *settings, NSArray *arguments)
@@ -12,10 +14,9 @@ static NSDictionary *RunProbe(NSArray *settings, NSArray *arguments)
         if (![name hasPrefix:@"LANG"] && ![name hasPrefix:@"LC_"])
             [environment setObject:[inherited objectForKey:name] forKey:name];
     }
-    for (NSString *setting in settings) {
-        NSRange equals = [setting rangeOfString:@"="];
-        [environment setObject:[setting substringFromIndex:NSMaxRange(equals)]
-                        forKey:[setting substringToIndex:equals.location]];
+    for (NSString *line in settings) {
+        NSRange equals = [line rangeOfString:@"="];
+        [environment setObject:[line substringFromIndex:NSMaxRange(equals)] forKey:[line substringToIndex:equals.location]];
     }
     NSTask *task = [[[NSTask alloc] init] autorelease];
     NSPipe *pipe = [NSPipe pipe];
@@ -26,8 +27,8 @@ static NSDictionary *RunProbe(NSArray *settings, NSArray *arguments)
     [task launch];
     NSData *output = [[pipe fileHandleForReading] readDataToEndOfFile];
     [task waitUntilExit];
-    NSMutableDictionary *answers = [NSMutableDictionary dictionary];
     NSString *text = [[[NSString alloc] initWithData:output encoding:NSUTF8StringEncoding] autorelease];
+    NSMutableDictionary *answers = [NSMutableDictionary dictionary];
     for (NSString *line in [text componentsSeparatedByString:@"\n"]) {
         NSRange equals = [line rangeOfString:@"="];
         if (equals.location != NSNotFound)
@@ -38,43 +39,37 @@ static NSDictionary *RunProbe(NSArray *settings, NSArray *arguments)
     return answers;
 }
 
-static void ExpectDefaults(NSArray *settings, NSArray *arguments, NSString *languages, NSString *locale,
-                           const char *file, int line)
+/* The first locale variable set gives languages and locale; the C locale,
+ * a number or nothing supplies none; what the process is given wins. */
+KT_CASE(TheLocaleVariablesGiveLanguagesAndLocale)
 {
-    NSDictionary *answers = RunProbe(settings, arguments);
-    if (![[answers objectForKey:@"languages"] isEqual:languages] || ![[answers objectForKey:@"locale"] isEqual:locale])
-        KTReportFailure(file, line, "locale defaults",
-                        [NSString stringWithFormat:@"%@ gave %@, expected %@ / %@", settings, answers, languages, locale]);
+    struct {
+        NSArray *settings, *arguments;
+        NSString *languages, *locale;
+    } const cases[] = {
+        {LIST(@"LANG=fr_FR.UTF-8@euro"), nil, @"fr", @"fr_FR"},
+        {LIST(@"LC_ALL=de_AT", @"LANG=fr_FR"), nil, @"de", @"de_AT"},
+        {LIST(@"LC_ALL=", @"LC_MESSAGES=nb_NO.ISO-8859-1", @"LANG=fr_FR"), nil, @"nb", @"nb_NO"},
+        {LIST(@"LANGUAGE=pt_BR:pt:en_GB:en", @"LANG=fr_FR"), nil, @"pt,en", @"pt_BR"},
+        {LIST(@"LANGUAGE=C:ja", @"LANG=fr_FR"), nil, @"ja", @"ja"},
+        {LIST(@"LANG=C"), nil, @"<none>", @"<none>"},
+        {LIST(@"LC_ALL=POSIX", @"LANG=fr_FR"), nil, @"<none>", @"<none>"},
+        {LIST(@"LANG=C.UTF-8"), nil, @"<none>", @"<none>"},
+        {LIST(@"LANG=1234"), nil, @"<none>", @"<none>"},
+        {[NSArray array], nil, @"<none>", @"<none>"},
+        {LIST(@"LANG=fr_FR"), LIST(@"-AppleLocale", @"en_CA"), @"fr", @"en_CA"},
+    };
+    for (size_t i = 0; i < sizeof cases / sizeof cases[0]; i++) {
+        NSDictionary *answers = RunProbe(cases[i].settings, cases[i].arguments);
+        KT_EXPECT_MSG([[answers objectForKey:@"languages"] isEqual:cases[i].languages] &&
+                          [[answers objectForKey:@"locale"] isEqual:cases[i].locale],
+                      @"%@ gave %@, expected %@ / %@", cases[i].settings, answers, cases[i].languages, cases[i].locale);
+    }
 }
 
-#define EXPECT_DEFAULTS(settings, arguments, languages, locale) \
-    ExpectDefaults((settings), (arguments), (languages), (locale), __FILE__, __LINE__)
-
-#define SETTINGS(...) [NSArray arrayWithObjects:__VA_ARGS__, nil]
-
-KT_CASE(TheFirstLocaleVariableSetGivesLanguagesAndLocale)
+KT_CASE(WhatTheProcessRegisteredSurvivesAReset)
 {
-    EXPECT_DEFAULTS(SETTINGS(@"LANG=fr_FR.UTF-8@euro"), nil, @"fr", @"fr_FR");
-    EXPECT_DEFAULTS(SETTINGS(@"LC_ALL=de_AT", @"LANG=fr_FR"), nil, @"de", @"de_AT");
-    EXPECT_DEFAULTS(SETTINGS(@"LC_ALL=", @"LC_MESSAGES=nb_NO.ISO-8859-1", @"LANG=fr_FR"), nil, @"nb", @"nb_NO");
-    EXPECT_DEFAULTS(SETTINGS(@"LANGUAGE=pt_BR:pt:en_GB:en", @"LANG=fr_FR"), nil, @"pt,en", @"pt_BR");
-    EXPECT_DEFAULTS(SETTINGS(@"LANGUAGE=C:ja", @"LANG=fr_FR"), nil, @"ja", @"ja");
-}
-
-KT_CASE(TheCLocaleSuppliesNothing)
-{
-    EXPECT_DEFAULTS(SETTINGS(@"LANG=C"), nil, @"<none>", @"<none>");
-    EXPECT_DEFAULTS(SETTINGS(@"LC_ALL=POSIX", @"LANG=fr_FR"), nil, @"<none>", @"<none>");
-    EXPECT_DEFAULTS(SETTINGS(@"LANG=C.UTF-8"), nil, @"<none>", @"<none>");
-    EXPECT_DEFAULTS(SETTINGS(@"LANG=1234"), nil, @"<none>", @"<none>");
-    EXPECT_DEFAULTS([NSArray array], nil, @"<none>", @"<none>");
-}
-
-KT_CASE(WhatTheUserOrTheProcessSetWins)
-{
-    EXPECT_DEFAULTS(SETTINGS(@"LANG=fr_FR"), SETTINGS(@"-AppleLocale", @"en_CA"), @"fr", @"en_CA");
-    // A value the process registered itself survives a reset of the defaults.
-    NSDictionary *answers = RunProbe(SETTINGS(@"LANG=fr_FR"), SETTINGS(@"reset"));
+    NSDictionary *answers = RunProbe(LIST(@"LANG=fr_FR"), LIST(@"reset"));
     KT_EXPECT_EQUAL_OBJECTS([answers objectForKey:@"languages"], @"fr");
     KT_EXPECT([[answers objectForKey:@"locale"] isEqual:@"xx_YY"] || [[answers objectForKey:@"locale"] isEqual:@"fr_FR"]);
     KT_EXPECT_EQUAL_OBJECTS([answers objectForKey:@"registered"], @"yes");
@@ -84,10 +79,8 @@ KT_CASE(ThreadsThatAskAtOnceAllFindTheLocale)
 {
     // Every thread that gets the defaults gets them with the locale in place,
     // also while the first of them is still registering it.
-    for (int run = 0; run < 5; run++) {
-        NSDictionary *answers = RunProbe(SETTINGS(@"LANG=fr_FR"), SETTINGS(@"threads"));
-        KT_EXPECT_EQUAL_OBJECTS([answers objectForKey:@"missed"], @"0");
-    }
+    for (int run = 0; run < 5; run++)
+        KT_EXPECT_EQUAL_OBJECTS([RunProbe(LIST(@"LANG=fr_FR"), LIST(@"threads")) objectForKey:@"missed"], @"0");
 }
 
 KT_MAIN()

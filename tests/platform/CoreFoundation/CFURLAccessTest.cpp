@@ -23,14 +23,17 @@ protected:
 
     std::string Path(const std::string &name) const { return folder_ + "/" + name; }
 
-    // A file URL released when the test ends.
+    // A CF object released when the test ends.
+    template <typename T> T Own(T object)
+    {
+        owned_.push_back(object);
+        return object;
+    }
     CFURLRef URL(const std::string &name, bool isDirectory = false)
     {
-        CFURLRef url = CFURLCreateFromFileSystemRepresentation(
-            nullptr, reinterpret_cast<const UInt8 *>(Path(name).c_str()), static_cast<CFIndex>(Path(name).size()),
-            isDirectory);
-        owned_.push_back(url);
-        return url;
+        const std::string path = Path(name);
+        return Own(CFURLCreateFromFileSystemRepresentation(nullptr, reinterpret_cast<const UInt8 *>(path.c_str()),
+                                                          static_cast<CFIndex>(path.size()), isDirectory));
     }
     ~URLAccessTest() override
     {
@@ -61,19 +64,22 @@ protected:
         CFNumberGetValue(static_cast<CFNumberRef>(number), kCFNumberLongType, &value);
         return value;
     }
-    static CFDataRef Data(const std::string &bytes)
+    CFDataRef Data(const std::string &bytes)
     {
-        return CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), static_cast<CFIndex>(bytes.size()));
+        return Own(CFDataCreate(nullptr, reinterpret_cast<const UInt8 *>(bytes.data()), (CFIndex)bytes.size()));
     }
-    static CFDictionaryRef OneProperty(CFStringRef key, long value)
+    CFDictionaryRef OneProperty(CFStringRef key, long value)
     {
-        CFNumberRef number = CFNumberCreate(nullptr, kCFNumberLongType, &value);
+        CFNumberRef number = Own(CFNumberCreate(nullptr, kCFNumberLongType, &value));
         const void *keys[] = {key};
         const void *values[] = {number};
-        CFDictionaryRef properties = CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
-                                                        &kCFTypeDictionaryValueCallBacks);
-        CFRelease(number);
-        return properties;
+        return Own(CFDictionaryCreate(nullptr, keys, values, 1, &kCFTypeDictionaryKeyCallBacks,
+                                      &kCFTypeDictionaryValueCallBacks));
+    }
+    // Writes properties (and no data) to the named file.
+    bool WriteProperty(const std::string &name, CFStringRef key, long value, SInt32 *error)
+    {
+        return CFURLWriteDataAndPropertiesToResource(URL(name), nullptr, OneProperty(key, value), error);
     }
 
     std::string folder_;
@@ -92,27 +98,22 @@ TEST_F(URLAccessTest, ReadsDataAndPropertiesOfAFile)
     SInt32 error = 99;
     ASSERT_TRUE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("notes.txt"), &data, &properties, nullptr, &error));
     EXPECT_EQ(0, error);
-    ASSERT_NE(nullptr, data);
-    EXPECT_EQ(8, CFDataGetLength(data));
-    EXPECT_EQ(0, memcmp("line\0two", CFDataGetBytePtr(data), 8));
-    CFRelease(data);
-
-    ASSERT_NE(nullptr, properties);
+    Own(data);
+    Own(properties);
+    ASSERT_TRUE(data != nullptr && properties != nullptr);
+    EXPECT_TRUE(CFDataGetLength(data) == 8 && memcmp("line\0two", CFDataGetBytePtr(data), 8) == 0);
     EXPECT_EQ(kCFBooleanTrue, CFDictionaryGetValue(properties, kCFURLFileExists));
     EXPECT_EQ(8, NumberValue(CFDictionaryGetValue(properties, kCFURLFileLength)));
     EXPECT_EQ(0640, NumberValue(CFDictionaryGetValue(properties, kCFURLFilePOSIXMode)));
     EXPECT_EQ(static_cast<long>(geteuid()), NumberValue(CFDictionaryGetValue(properties, kCFURLFileOwnerID)));
     EXPECT_NE(nullptr, CFDictionaryGetValue(properties, kCFURLFileLastModificationTime));
     EXPECT_EQ(nullptr, CFDictionaryGetValue(properties, kCFURLFileDirectoryContents));
-    CFRelease(properties);
 
     // Only the properties asked for.
     const void *wanted[] = {kCFURLFilePOSIXMode};
-    CFArrayRef desired = CFArrayCreate(nullptr, wanted, 1, &kCFTypeArrayCallBacks);
+    CFArrayRef desired = Own(CFArrayCreate(nullptr, wanted, 1, &kCFTypeArrayCallBacks));
     ASSERT_TRUE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("notes.txt"), nullptr, &properties, desired, &error));
-    EXPECT_EQ(1, CFDictionaryGetCount(properties));
-    CFRelease(properties);
-    CFRelease(desired);
+    EXPECT_EQ(1, CFDictionaryGetCount(Own(properties)));
 }
 
 TEST_F(URLAccessTest, FolderContentsAndMissingObjects)
@@ -122,16 +123,13 @@ TEST_F(URLAccessTest, FolderContentsAndMissingObjects)
     Write(Path("dir/b.txt"), "b");
     Write(Path("dir/a.txt"), "a");
 
-    CFTypeRef contents = CFURLCreatePropertyFromResource(nullptr, URL("dir", true), kCFURLFileDirectoryContents, nullptr);
-    ASSERT_NE(nullptr, contents);
-    ASSERT_EQ(3, CFArrayGetCount(static_cast<CFArrayRef>(contents)));
-    CFURLRef first = static_cast<CFURLRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(contents), 0));
-    CFURLRef last = static_cast<CFURLRef>(CFArrayGetValueAtIndex(static_cast<CFArrayRef>(contents), 2));
-    CFStringRef firstName = CFURLCopyLastPathComponent(first);
+    // Sorted by name; a folder's URL is a directory URL.
+    auto contents = static_cast<CFArrayRef>(
+        Own(CFURLCreatePropertyFromResource(nullptr, URL("dir", true), kCFURLFileDirectoryContents, nullptr)));
+    ASSERT_EQ(3, CFArrayGetCount(contents));
+    CFStringRef firstName = Own(CFURLCopyLastPathComponent(static_cast<CFURLRef>(CFArrayGetValueAtIndex(contents, 0))));
     EXPECT_EQ(kCFCompareEqualTo, CFStringCompare(firstName, CFSTR("a.txt"), 0));
-    EXPECT_TRUE(CFURLHasDirectoryPath(last));
-    CFRelease(firstName);
-    CFRelease(contents);
+    EXPECT_TRUE(CFURLHasDirectoryPath(static_cast<CFURLRef>(CFArrayGetValueAtIndex(contents, 2))));
 
     CFDataRef data = reinterpret_cast<CFDataRef>(1);
     CFDictionaryRef properties = nullptr;
@@ -139,9 +137,8 @@ TEST_F(URLAccessTest, FolderContentsAndMissingObjects)
     EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("missing"), &data, &properties, nullptr, &error));
     EXPECT_EQ(kCFURLResourceNotFoundError, error);
     EXPECT_EQ(nullptr, data);
-    ASSERT_NE(nullptr, properties);
+    ASSERT_NE(nullptr, Own(properties));
     EXPECT_EQ(kCFBooleanFalse, CFDictionaryGetValue(properties, kCFURLFileExists));
-    CFRelease(properties);
 
     // Reading a folder's data is refused.
     EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, URL("dir", true), &data, nullptr, nullptr, &error));
@@ -153,21 +150,18 @@ TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
     CFDataRef first = Data("first version");
     SInt32 error = 99;
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), first, nullptr, &error));
-    EXPECT_EQ(0, error);
-    EXPECT_EQ("first version", Read(Path("doc.txt")));
+    EXPECT_TRUE(error == 0 && Read(Path("doc.txt")) == "first version");
 
     chmod(Path("doc.txt").c_str(), 0604);
     CFDataRef second = Data("second");
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("doc.txt"), second, nullptr, &error));
-    EXPECT_EQ("second", Read(Path("doc.txt")));
-    EXPECT_EQ(0604u, ModeOf(Path("doc.txt")));
+    EXPECT_TRUE(Read(Path("doc.txt")) == "second" && ModeOf(Path("doc.txt")) == 0604u);
 
     // Through a symbolic link the file it points to is written; the link stays.
     ASSERT_EQ(0, symlink(Path("doc.txt").c_str(), Path("link").c_str()));
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("link"), first, nullptr, &error));
     struct stat info;
-    ASSERT_EQ(0, lstat(Path("link").c_str(), &info));
-    EXPECT_TRUE(S_ISLNK(info.st_mode));
+    EXPECT_TRUE(lstat(Path("link").c_str(), &info) == 0 && S_ISLNK(info.st_mode));
     EXPECT_EQ("first version", Read(Path("doc.txt")));
 
     // The longest name a folder takes is written too (its temporary name is shorter).
@@ -178,59 +172,36 @@ TEST_F(URLAccessTest, WritingReplacesTheFileAndKeepsItsPermissions)
 
     // A directory URL given data makes the folder.
     ASSERT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("made", true), first, nullptr, &error));
-    ASSERT_EQ(0, stat(Path("made").c_str(), &info));
-    EXPECT_TRUE(S_ISDIR(info.st_mode));
+    EXPECT_TRUE(stat(Path("made").c_str(), &info) == 0 && S_ISDIR(info.st_mode));
 
     // A write that cannot happen leaves nothing behind.
     EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("no/such/file"), first, nullptr, &error));
     EXPECT_EQ(kCFURLResourceNotFoundError, error);
-    CFRelease(first);
-    CFRelease(second);
 
-    CFTypeRef contents = CFURLCreatePropertyFromResource(nullptr, URL("", true), kCFURLFileDirectoryContents, nullptr);
-    ASSERT_NE(nullptr, contents);
+    CFTypeRef contents = Own(CFURLCreatePropertyFromResource(nullptr, URL("", true), kCFURLFileDirectoryContents, nullptr));
     EXPECT_EQ(3, CFArrayGetCount(static_cast<CFArrayRef>(contents))); // doc.txt, link, made: no temporary files
-    CFRelease(contents);
 }
 
 TEST_F(URLAccessTest, WritesModeAndOwnerProperties)
 {
     Write(Path("file"), "content");
-    CFDictionaryRef mode = OneProperty(kCFURLFilePOSIXMode, 0751);
     SInt32 error = 99;
-    EXPECT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, mode, &error));
-    EXPECT_EQ(0, error);
-    EXPECT_EQ(0751u, ModeOf(Path("file")));
-    EXPECT_EQ("content", Read(Path("file")));
-    CFRelease(mode);
-
-    CFDictionaryRef sameOwner = OneProperty(kCFURLFileOwnerID, static_cast<long>(geteuid()));
-    EXPECT_TRUE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, sameOwner, &error));
-    CFRelease(sameOwner);
+    EXPECT_TRUE(WriteProperty("file", kCFURLFilePOSIXMode, 0751, &error) && error == 0);
+    EXPECT_TRUE(ModeOf(Path("file")) == 0751u && Read(Path("file")) == "content");
+    EXPECT_TRUE(WriteProperty("file", kCFURLFileOwnerID, static_cast<long>(geteuid()), &error));
 
     // Giving a file away needs privileges.
-    CFDictionaryRef otherOwner = OneProperty(kCFURLFileOwnerID, 4242);
-    const bool changed = CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, otherOwner, &error);
+    const bool changed = WriteProperty("file", kCFURLFileOwnerID, 4242, &error);
     struct stat info;
     stat(Path("file").c_str(), &info);
-    if (geteuid() == 0) {
-        EXPECT_TRUE(changed);
-        EXPECT_EQ(4242u, info.st_uid);
-    } else {
-        EXPECT_FALSE(changed);
-        EXPECT_EQ(kCFURLResourceAccessViolationError, error);
-        EXPECT_EQ(geteuid(), info.st_uid);
-    }
-    CFRelease(otherOwner);
-
-    CFDictionaryRef unknown = OneProperty(CFSTR("kCFURLFileLength"), 3);
-    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("file"), nullptr, unknown, &error));
+    if (geteuid() == 0)
+        EXPECT_TRUE(changed && info.st_uid == 4242u);
+    else
+        EXPECT_TRUE(!changed && error == kCFURLResourceAccessViolationError && info.st_uid == geteuid());
+    EXPECT_FALSE(WriteProperty("file", CFSTR("kCFURLFileLength"), 3, &error));
     EXPECT_EQ(kCFURLUnknownPropertyKeyError, error);
-    CFDictionaryRef onMissing = OneProperty(kCFURLFilePOSIXMode, 0600);
-    EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(URL("missing"), nullptr, onMissing, &error));
+    EXPECT_FALSE(WriteProperty("missing", kCFURLFilePOSIXMode, 0600, &error));
     EXPECT_EQ(kCFURLResourceNotFoundError, error);
-    CFRelease(unknown);
-    CFRelease(onMissing);
 }
 
 TEST_F(URLAccessTest, BadArgumentsAndOtherSchemes)
@@ -241,14 +212,12 @@ TEST_F(URLAccessTest, BadArgumentsAndOtherSchemes)
     EXPECT_EQ(kCFURLImproperArgumentsError, error);
     EXPECT_FALSE(CFURLWriteDataAndPropertiesToResource(nullptr, nullptr, nullptr, &error));
 
-    CFURLRef web = CFURLCreateWithString(nullptr, CFSTR("http://127.0.0.1/x"), nullptr);
+    CFURLRef web = Own(CFURLCreateWithString(nullptr, CFSTR("http://127.0.0.1/x"), nullptr));
     EXPECT_FALSE(CFURLCreateDataAndPropertiesFromResource(nullptr, web, &data, nullptr, nullptr, &error));
     EXPECT_EQ(kCFURLUnknownSchemeError, error);
-    CFRelease(web);
 
     Write(Path("gone"), "x");
-    EXPECT_TRUE(CFURLDestroyResource(URL("gone"), &error));
-    EXPECT_NE(0, access(Path("gone").c_str(), F_OK));
+    EXPECT_TRUE(CFURLDestroyResource(URL("gone"), &error) && access(Path("gone").c_str(), F_OK) != 0);
     EXPECT_FALSE(CFURLDestroyResource(URL("gone"), &error));
     EXPECT_EQ(kCFURLResourceNotFoundError, error);
 }

@@ -12,8 +12,7 @@ KT_CASE(FlavorsTravelThroughThePasteboard)
 {
     KGUISharedApplication();
     ScrapRef scrap = NULL;
-    KT_ASSERT(GetCurrentScrap(&scrap) == noErr && scrap != NULL);
-    KT_ASSERT(ClearCurrentScrap() == noErr);
+    KT_ASSERT(GetCurrentScrap(&scrap) == noErr && scrap != NULL && ClearCurrentScrap() == noErr);
     Size size = -1;
     KT_EXPECT(GetScrapFlavorSize(scrap, kScrapFlavorTypeText, &size) == noTypeErr && size == 0);
 
@@ -40,7 +39,6 @@ KT_CASE(FlavorsTravelThroughThePasteboard)
     KT_EXPECT([data length] == 3);
     ScrapFlavorFlags flags = 1;
     KT_EXPECT(GetScrapFlavorFlags(scrap, kScrapFlavorTypeUnicode, &flags) == noErr && flags == 0);
-
     KT_EXPECT(ClearCurrentScrap() == noErr);
     KT_EXPECT(GetScrapFlavorFlags(scrap, kScrapFlavorTypePicture, &flags) == noTypeErr);
     count = sizeof text;
@@ -52,11 +50,10 @@ KT_CASE(BadArgumentsAreRefused)
     KGUISharedApplication();
     ScrapRef scrap = NULL;
     GetCurrentScrap(&scrap);
-    Size size = 0;
+    Size size = 4;
     KT_EXPECT(GetCurrentScrap(NULL) == paramErr);
     KT_EXPECT(GetScrapFlavorSize(NULL, kScrapFlavorTypeText, &size) == paramErr);
     KT_EXPECT(GetScrapFlavorSize(scrap, kScrapFlavorTypeText, NULL) == paramErr);
-    size = 4;
     KT_EXPECT(GetScrapFlavorData(scrap, kScrapFlavorTypeText, &size, NULL) == paramErr);
     KT_EXPECT(PutScrapFlavor(scrap, kScrapFlavorTypeText, 0, 4, NULL) == paramErr);
     KT_EXPECT(PutScrapFlavor(NULL, kScrapFlavorTypeText, 0, 0, NULL) == paramErr);
