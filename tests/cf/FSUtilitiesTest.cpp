@@ -173,15 +173,6 @@ TEST(FSUtilities, KindTestsOnRealItems)
     EXPECT_FALSE(FSIsInvisible(&stale));
     FSRef stale2 = listed;
     EXPECT_TRUE(FSIsLSItemInfoRecordFlagOn(&stale2, kLSItemInfoIsInvisible, true));
-
-    // Item information itself: type and creator from the Finder information.
-    SetFinderInfo(flagged, 0x54455854, 0x4B4F5255, kIsInvisible);
-    LSItemInfoRecord info;
-    ASSERT_EQ(noErr, LSCopyItemInfoForRef(&flagged, kLSRequestAllInfo, &info));
-    EXPECT_TRUE(info.filetype == 0x54455854u && info.creator == 0x4B4F5255u && info.extension == nullptr);
-    ASSERT_EQ(noErr, LSCopyItemInfoForRef(&app, kLSRequestAllInfo, &info));
-    EXPECT_EQ(UInt32(kLSItemInfoIsApplication | kLSItemInfoIsPackage | kLSItemInfoIsContainer), info.flags);
-    EXPECT_EQ("app", Text(info.extension));
 }
 
 TEST(FSUtilities, MachOMagicInBothByteOrders)

@@ -190,11 +190,6 @@ TEST(FileUtils, UnicodeReaderAndWriterAreNotInverses)
     EXPECT_EQ(std::wstring(L"B"), std::wstring(text));
     delete[] text;
 
-    // Reading our own output back does not give the text again.
-    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(written, text, false));
-    EXPECT_NE(std::wstring(L"A\u00E9"), std::wstring(text));
-    delete[] text;
-
     EXPECT_FALSE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "missing"), text, false));
     EXPECT_FALSE(WriteUnicodeTextBufferToFile(PathLocation(folder / "missing/x"), L"x"));
 }
