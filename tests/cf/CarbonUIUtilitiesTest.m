@@ -37,6 +37,8 @@ KT_CASE(RectanglesAndVersionText)
 
     NumVersion version = {3, 0x60, 0x25, 0x10};
     KT_EXPECT_EQUAL_OBJECTS(Take(NumVersionCopyString(&version, true)), @"10.2.37b.3");
+    version.stage = 0x80;
+    KT_EXPECT_EQUAL_OBJECTS(Take(NumVersionCopyString(&version, true)), @"10.2.37.3");
     version.stage = 0x20;
     KT_EXPECT_EQUAL_OBJECTS(Take(NumVersionCopyString(&version, false)), @"10.2.37d");
     KT_EXPECT(NumVersionCopyString(NULL, true) == NULL);

@@ -51,6 +51,8 @@ TEST(CStr, CopiesShareUntilOneIsWritten)
     CStr<wchar_t> w(L"abc"), w2(w);
     EXPECT_EQ(w2.Replace(L'b', L'b'), 0); // a character replaced by itself leaves it shared
     EXPECT_EQ(w2.GetData(), w.GetData());
+    EXPECT_EQ(w2.Replace(L'b', L'x'), 1);
+    EXPECT_STREQ(w, L"abc");
 }
 
 TEST(CStr, LockedBlocksAreNeverShared)
@@ -281,6 +283,7 @@ TEST(CStr, NarrowAndWideConvertThroughTheSystemEncoding)
     EXPECT_TRUE(made.GetLength() == 6 && assigned.GetLength() == 3);
     EXPECT_STREQ(made, "abc");
 
+    EXPECT_STREQ(CStr<wchar_t>("h\xC3\xA9llo"), L"h\u00E9llo");
     CStr<wchar_t> wideAssigned;
     wideAssigned = reinterpret_cast<const unsigned char *>("x\xC3\xA9");
     EXPECT_STREQ(wideAssigned, L"x\u00E9");

@@ -12,10 +12,8 @@
 #include <string>
 #include <vector>
 
-#include <fcntl.h>
+#include <cstdio>
 #include <grp.h>
-#include <spawn.h>
-#include <sys/wait.h>
 #include <unistd.h>
 
 extern char **environ;
@@ -119,48 +117,30 @@ std::string Answers(const std::string &language, const std::string &country)
     return "language=" + language + "\ncountry=" + country + "\n";
 }
 
-/* Runs the probe with the locale variables of this process replaced by
- * settings and with arguments; answers its output ("failed: ..." if it failed). */
+/* Runs the probe through env with the locale variables of this process
+ * replaced by settings and with arguments (none holds a quote); answers its
+ * output ("failed: ..." if it failed). */
 std::string RunProbe(const std::vector<std::string> &settings, const std::vector<std::string> &arguments = {})
 {
-    std::vector<std::string> environment;
+    std::string command = "/usr/bin/env";
     for (char **entry = environ; *entry != nullptr; ++entry) {
-        std::string variable = *entry;
-        if (variable.rfind("LANG", 0) != 0 && variable.rfind("LC_", 0) != 0)
-            environment.push_back(variable);
+        const std::string name = std::string(*entry).substr(0, std::string(*entry).find('='));
+        if (name.rfind("LANG", 0) == 0 || name.rfind("LC_", 0) == 0)
+            command += " -u " + name;
     }
-    environment.insert(environment.end(), settings.begin(), settings.end());
-    std::vector<char *> envp, argv;
-    for (std::string &variable : environment)
-        envp.push_back(variable.data());
-    envp.push_back(nullptr);
-    std::vector<std::string> words = {UTILS_SYSTEM_PROBE};
-    words.insert(words.end(), arguments.begin(), arguments.end());
-    for (std::string &word : words)
-        argv.push_back(word.data());
-    argv.push_back(nullptr);
-
-    int pipeFds[2];
-    if (pipe(pipeFds) != 0)
-        return "failed: pipe";
-    posix_spawn_file_actions_t actions;
-    posix_spawn_file_actions_init(&actions);
-    posix_spawn_file_actions_adddup2(&actions, pipeFds[1], STDOUT_FILENO);
-    posix_spawn_file_actions_addclose(&actions, pipeFds[0]);
-    pid_t pid = 0;
-    int spawned = posix_spawn(&pid, argv[0], &actions, nullptr, argv.data(), envp.data());
-    posix_spawn_file_actions_destroy(&actions);
-    close(pipeFds[1]);
+    for (const std::string &word : settings)
+        command += " '" + word + "'";
+    command += " '" UTILS_SYSTEM_PROBE "'";
+    for (const std::string &word : arguments)
+        command += " '" + word + "'";
+    FILE *pipe = popen(command.c_str(), "r");
+    if (pipe == nullptr)
+        return "failed: popen";
     std::string output;
     char buffer[512];
-    ssize_t n;
-    while (spawned == 0 && (n = read(pipeFds[0], buffer, sizeof buffer)) > 0)
-        output.append(buffer, static_cast<size_t>(n));
-    close(pipeFds[0]);
-    int status = 0;
-    if (spawned != 0 || waitpid(pid, &status, 0) != pid || !WIFEXITED(status) || WEXITSTATUS(status) != 0)
-        return "failed: " + output;
-    return output;
+    for (size_t n; (n = fread(buffer, 1, sizeof buffer, pipe)) > 0;)
+        output.append(buffer, n);
+    return pclose(pipe) == 0 ? output : "failed: " + output;
 }
 
 TEST(UtilsSystemLocale, LanguageAndCountryFollowTheLocaleOfTheEnvironment)

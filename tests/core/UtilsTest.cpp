@@ -78,6 +78,7 @@ TEST(UtilsConversions, GuidsAreFreshAndInTheStandardForm)
 
 TEST(UtilsConversions, TrimsRemoveRunsOfTheGivenCharacters)
 {
+    EXPECT_EQ(Utils::trim("xxabxx", "x"), "ab");
     EXPECT_EQ(Utils::trim("xxx", "x"), "");
     EXPECT_EQ(Utils::trim_left(" \tab ", " \t"), "ab ");
     EXPECT_EQ(Utils::trim_right(" \tab \t", " \t"), " \tab");

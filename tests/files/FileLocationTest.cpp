@@ -96,11 +96,12 @@ TEST(FileLocation, EmptyAndDirectoryPathLocations)
     EXPECT_TRUE(empty.GetFullPath().IsEmpty() && empty.CreateCFURL() == nullptr);
     EXPECT_FALSE(empty.GetFSRef(ref) || empty.IsFolder() || empty.IsFile());
 
-    CFURLRef folderURL = PathLocation("/a/b/").CreateCFURL();
-    ASSERT_NE(nullptr, folderURL);
-    EXPECT_TRUE(CFURLHasDirectoryPath(folderURL));
+    CFURLRef folderURL = PathLocation("/a/b/").CreateCFURL(), fileURL = PathLocation("/a/b").CreateCFURL();
+    ASSERT_TRUE(folderURL != nullptr && fileURL != nullptr);
+    EXPECT_TRUE(CFURLHasDirectoryPath(folderURL) && !CFURLHasDirectoryPath(fileURL));
     EXPECT_EQ("/a/b", URLPath(folderURL));
     CFRelease(folderURL);
+    CFRelease(fileURL);
     EXPECT_TRUE(PathLocation("/a/b/").IsFolder());
 
     // Paths past the old 256-character buffer are taken whole.

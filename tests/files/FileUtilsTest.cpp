@@ -88,7 +88,7 @@ TEST(FileUtils, PathText)
     EXPECT_FALSE(IsRelativePath(L"/a/b") || IsRelativePath(L""));
     EXPECT_EQ("/a/b/", Narrow(GetFilePathFromFullPath(L"/a/b/c.txt")));
     EXPECT_EQ("", Narrow(GetFilePathFromFullPath(L"c.txt")));
-    EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"c.txt")));
+    EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"/a/b/c.txt")));
     EXPECT_EQ("gz", Narrow(GetFileExt(L"/a/archive.tar.gz")));
     EXPECT_EQ("x/file", Narrow(GetFileExt(L"/a/dir.x/file")));
 
@@ -127,6 +127,7 @@ TEST(FileUtils, ReadersAndWritersByteForByte)
     for (int k = 0; k < 512; ++k)
         bytes += static_cast<char>(k);
     ASSERT_TRUE(WriteBinBufferToFile(bin, bytes.data(), static_cast<long>(bytes.size())));
+    EXPECT_EQ(bytes, ReadFile(folder / "bin"));
     void *buffer = nullptr;
     long size = 0;
     ASSERT_TRUE(ReadBinFileToBuffer(bin, buffer, size));
@@ -135,6 +136,7 @@ TEST(FileUtils, ReadersAndWritersByteForByte)
 
     const TFileLocationInfo text = PathLocation(folder / "text");
     ASSERT_TRUE(WriteASCIITextBufferToFile(text, "line one\nline two\n"));
+    EXPECT_EQ("line one\nline two\n", ReadFile(folder / "text"));
     char *read = nullptr;
     ASSERT_TRUE(ReadASCIITextFileToBuffer(text, read));
     EXPECT_STREQ("line one\nline two\n", read);
@@ -210,10 +212,13 @@ TEST(FileUtils, TemporaryFoldersAndNames)
     for (int k = 0; k < 3; ++k) {
         ASSERT_TRUE(GetTempFileLocation(L"report", L"txt", location));
         seen.push_back(Narrow(GetFileNameFromFullPath(location.path)));
+        EXPECT_FALSE(Exists(Narrow(location.path))); // named, not made
         ASSERT_TRUE(location.CreateFile());
     }
     EXPECT_EQ((std::vector<std::string>{"report.txt", "report_001.txt", "report_002.txt"}), seen);
     EXPECT_EQ(temporary.AppFolder() + "report_002.txt", Narrow(location.path));
+    ASSERT_TRUE(GetExactTempFileLocation(L"exact.name", location));
+    EXPECT_EQ(temporary.AppFolder() + "exact.name", Narrow(location.path));
 
     ASSERT_TRUE(GetExactTempFileLocation(Wide(std::string(400, 'n') + ".ext"), location));
     EXPECT_EQ(256, location.path.GetLength()); // cut, the extension with it

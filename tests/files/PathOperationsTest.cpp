@@ -42,6 +42,7 @@ TEST(PathStrings, FolderAndFileParts)
     EXPECT_EQ("", Utils::GetDirFromPath("/c"));
     EXPECT_EQ("", Utils::GetFilenameFromPath("/a/b/"));
     EXPECT_EQ("c", Utils::GetFilenameFromPath("c"));
+    EXPECT_EQ("c.txt", Utils::GetFilenameFromPath("/a/b/c.txt"));
 }
 
 TEST_F(PathOperationsTest, CurrentFolderHelpersAndTheDirExistsSideEffect)
