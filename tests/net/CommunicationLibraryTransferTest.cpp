@@ -59,23 +59,21 @@ protected:
     {
         return CommunicationLibrary::CurlExternSecureDownload(url, request, replyFile, reply);
     }
-    // The log without its time stamps.
+    // The log without its time stamps (the 24 characters and two blanks before each "Message: ").
     std::string Log() const
     {
-        std::string log = folder.Log();
-        std::string plain;
-        size_t start = 0;
-        while (start < log.size()) {
-            size_t message = log.find("Message: ", start);
-            size_t next = log.find("Message: ", message == std::string::npos ? log.size() : message + 1);
-            if (message == std::string::npos)
-                break;
-            // A stamp is the 24 characters and two blanks before "Message: ".
+        std::string log = folder.Log(), plain;
+        for (size_t message = log.find("Message: "); message != std::string::npos;) {
+            size_t next = log.find("Message: ", message + 1);
             size_t end = next == std::string::npos ? log.size() : next - 26;
             plain += log.substr(message, end - message);
-            start = end;
+            message = next;
         }
         return plain;
+    }
+    std::string CommandLineLog(const std::string &url) const
+    {
+        return "Message: curl command line: \n" + CommandLine(url, request, replyFile) + "\n";
     }
 };
 
@@ -99,13 +97,11 @@ TEST_F(Transfer, PostsTheRequestFileAsItIsAndReadsTheAnswerBack)
     EXPECT_EQ(1u, received[0].HeaderCount("Content-Type"));
     EXPECT_EQ("Tarnix", received[0].Header("User-Agent"));
     EXPECT_EQ(1u, received[0].HeaderCount("User-Agent"));
-    EXPECT_EQ(ICommunicationLibrary::USER_AGENT, received[0].Header("User-Agent"));
-    EXPECT_EQ(std::to_string(body.size()), received[0].Header("Content-Length"));
     EXPECT_EQ(body, received[0].body);
 
     EXPECT_EQ(answer, NetTestFolder::ReadFile(replyFile));
     EXPECT_EQ(std::string(2000, 'a') + std::string(100, 'c'), reply);
-    EXPECT_EQ("Message: curl command line: \n" + CommandLine(url, request, replyFile) + "\n", Log());
+    EXPECT_EQ(CommandLineLog(url), Log());
 }
 
 TEST_F(Transfer, TheWireCarriesWhatTheCurlToolSendsWithTheSameCommandLine)
@@ -117,8 +113,7 @@ TEST_F(Transfer, TheWireCarriesWhatTheCurlToolSendsWithTheSameCommandLine)
     EXPECT_EQ(0, Download(url));
     std::vector<HttpRequest> received = server.Requests();
     ASSERT_EQ(2u, received.size());
-    EXPECT_EQ(received[0].method, received[1].method);
-    EXPECT_EQ(received[0].target, received[1].target);
+    EXPECT_TRUE(received[0].method == received[1].method && received[0].target == received[1].target);
     EXPECT_EQ(received[0].headers, received[1].headers);
     EXPECT_EQ(received[0].body, received[1].body);
 }
@@ -141,12 +136,10 @@ TEST_F(Transfer, AnUnreadableRequestFilePostsAnEmptyBody)
     EXPECT_EQ(0, Download(url));
     std::vector<HttpRequest> received = server.Requests();
     ASSERT_EQ(1u, received.size());
-    EXPECT_EQ("POST", received[0].method);
     EXPECT_EQ("0", received[0].Header("Content-Length"));
-    EXPECT_EQ("", received[0].body);
     EXPECT_EQ("<pong/>", reply);
     // The tool's warning is silenced by -s: the command line is all the log holds.
-    EXPECT_EQ("Message: curl command line: \n" + CommandLine(url, request, replyFile) + "\n", Log());
+    EXPECT_EQ(CommandLineLog(url), Log());
 }
 
 TEST_F(Transfer, AnHTTPErrorStatusFailsWithoutTouchingTheReply)
@@ -157,8 +150,7 @@ TEST_F(Transfer, AnHTTPErrorStatusFailsWithoutTouchingTheReply)
     EXPECT_EQ(4, Download(url));
     EXPECT_EQ("untouched", reply);
     EXPECT_FALSE(fs::exists(replyFile));
-    EXPECT_EQ("Message: curl command line: \n" + CommandLine(url, request, replyFile) + "\n" + FailureLines(22),
-              Log());
+    EXPECT_EQ(CommandLineLog(url) + FailureLines(22), Log());
 }
 
 TEST_F(Transfer, ConnectionFailuresAndBadURLsAreOtherFailures)
@@ -184,20 +176,16 @@ TEST_F(Transfer, ConnectionFailuresAndBadURLsAreOtherFailures)
     }
 }
 
-TEST_F(Transfer, AnAnswerCutShortIsAFailure)
+TEST_F(Transfer, AnAnswerCutShortOrThatCannotBeWrittenIsAFailure)
 {
     NetTestFolder::WriteFile(request, "<get/>");
-    LoopbackServer server([](const HttpRequest &) {
+    LoopbackServer cut([](const HttpRequest &) {
         return std::string("HTTP/1.1 200 OK\r\nContent-Length: 5000\r\n\r\n<answer>only the first part");
     });
-    EXPECT_EQ(4, Download(server.Url("/")));
+    EXPECT_EQ(4, Download(cut.Url("/")));
     EXPECT_EQ("untouched", reply);
     EXPECT_NE(std::string::npos, Log().find(FailureLines(18)));
-}
 
-TEST_F(Transfer, AnAnswerThatCannotBeWrittenIsAFailure)
-{
-    NetTestFolder::WriteFile(request, "<get/>");
     LoopbackServer server(Answering(200, "OK", "<answer/>"));
     replyFile = folder.Path("no such folder/reply.xml");
     EXPECT_EQ(4, Download(server.Url("/")));
@@ -236,8 +224,6 @@ TEST_F(Transfer, TLSWithATrustedCertificateSucceedsAndAnUntrustedOneIsASecureCha
     EXPECT_EQ("<secret/>", reply);
     std::vector<HttpRequest> received = server.Requests();
     ASSERT_EQ(1u, received.size());
-    EXPECT_EQ("/tls", received[0].target);
-    EXPECT_EQ("Tarnix", received[0].Header("User-Agent"));
     EXPECT_EQ("<secure/>", received[0].body);
 
     // The system's bundle does not know the certificate.
@@ -277,16 +263,12 @@ TEST_F(Transfer, TheSystemProxyCarriesTheRequestUnlessTheHostIsAnException)
     EXPECT_TRUE(server.Requests().empty());
     std::vector<HttpRequest> received = proxy.Requests();
     ASSERT_EQ(1u, received.size());
-    EXPECT_EQ("POST", received[0].method);
     EXPECT_EQ(url, received[0].target);
-    EXPECT_EQ("Tarnix", received[0].Header("User-Agent"));
-    EXPECT_EQ("text/xml", received[0].Header("Content-Type"));
     EXPECT_EQ("<via/>", received[0].body);
     // The proxy is named by host and port only; its credentials stay out of the command line.
-    EXPECT_EQ("Message: CommLib,proxy required for destination URL\n"
-              "Message: curl command line: \n" +
-                  CommandLine(url, request, replyFile) + " -x 127.0.0.1:" + std::to_string(proxy.Port()) + "\n",
-              Log());
+    std::string commandLine = CommandLineLog(url);
+    commandLine.insert(commandLine.size() - 1, " -x 127.0.0.1:" + std::to_string(proxy.Port()));
+    EXPECT_EQ("Message: CommLib,proxy required for destination URL\n" + commandLine, Log());
 
     // The HTTPS proxy is taken first, whatever the scheme.
     LoopbackServer secureProxy(Answering(200, "OK", "<secure proxy/>"));
@@ -296,9 +278,8 @@ TEST_F(Transfer, TheSystemProxyCarriesTheRequestUnlessTheHostIsAnException)
     EXPECT_EQ(1u, secureProxy.Requests().size());
     unsetenv("HTTPS_PROXY");
 
-    // An exception goes straight to the server.  (Without a -x, libcurl reads
-    // the proxy variables as the curl tool does, so the entry is one that
-    // both the system's rules and curl's no_proxy match.)
+    // An exception goes straight to the server (an entry both the system's
+    // rules and curl's own no_proxy match, as libcurl reads the variables too).
     setenv("no_proxy", "10.0.0.1, 127.0.0.1", 1);
     EXPECT_EQ(0, Download(url));
     EXPECT_EQ("<direct/>", reply);

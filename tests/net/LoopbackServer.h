@@ -59,7 +59,7 @@ private:
 };
 
 // A self-signed certificate for 127.0.0.1 made afresh, its key, and a TLS
-// context serving them; the certificate is also written to a PEM file that a
+// context serving them; the certificate is written to a PEM file that a
 // client can trust.
 class TestCertificate {
 public:
