@@ -166,6 +166,18 @@ static void PathStrings(Census *census)
     KT_EXPECT([file createCopyOfPath:copy] && [copy remove] && [file remove]);
 }
 
+static void Texts(Census *census)
+{
+    NSString *file = [census->folder stringByAppendingPathComponent:@"text.txt"];
+    NSString *text = @"line one\nline two\n\u00e9t\u00e9";
+    KT_EXPECT([text writeAsTextFile:file encoding:NSUTF8StringEncoding allowLossyConversion:NO atomically:YES]);
+    KT_EXPECT_EQUAL_OBJECTS([NSString stringWithTextFile:file encoding:NSUTF8StringEncoding], text);
+    KT_EXPECT_EQUAL_OBJECTS([NSString stringWithEncryptedData:[text encryptedData:"key"] decryptKey:"key"], text);
+    KT_EXPECT([[text lines] count] == 3 && [[@"0aff10" dataFromHexadecimalString] length] == 3);
+    free([text allocUTF8String]);
+    (void)[text localize];
+}
+
 static void TreeWalk(Census *census)
 {
     TreeRound *walk = [[TreeRound alloc] init];
@@ -191,6 +203,25 @@ static void TableCommands(Census *census)
     [controller addNewRow:nil];
     [controller releaseTableView];
     [controller release];
+}
+
+static void SmallViews(Census *census)
+{
+    NSView *content = [[census->table window] contentView];
+    FileIconView *icons = [[FileIconView alloc] initWithFrame:NSMakeRect(0, 0, 100, 50)];
+    [content addSubview:icons];
+    [icons setFiles:[NSArray arrayWithObjects:@"/etc/hostname", @"/etc/passwd", nil]];
+    [icons removeFromSuperview];
+    [icons release];
+    MenuButton *button = [[MenuButton alloc] initWithFrame:NSMakeRect(0, 0, 80, 20)];
+    NSMenu *menu = [[NSMenu alloc] initWithTitle:@"Actions"];
+    [menu addItemWithTitle:@"One" action:NULL keyEquivalent:@""];
+    [button setPulldownMenu:menu];
+    [menu release];
+    [content addSubview:button];
+    KT_EXPECT([button pulldownMenuCore:NO] != nil);
+    [button removeFromSuperview];
+    [button release];
 }
 
 static OSStatus Handled(EventHandlerCallRef call, EventRef event, void *userData)
@@ -255,6 +286,7 @@ KT_CASE(FoundationPathsKeepNothing)
     ExpectNoGrowth("property lists", PropertyLists, &census);
     ExpectNoGrowth("command tool", Commands, &census);
     ExpectNoGrowth("path strings", PathStrings, &census);
+    ExpectNoGrowth("text files", Texts, &census);
     ExpectNoGrowth("tree walk", TreeWalk, &census);
     KT_EXPECT(AEInstallEventHandler(kCensusClass, kEcho, NewAEEventHandlerUPP(Echo), NULL, false) == noErr);
     ExpectNoGrowth("apple events", AppleEvents, &census);
@@ -279,6 +311,7 @@ KT_CASE(TableControllerKeepsNothing)
     census.delegate = [[CensusDelegate alloc] init];
     GSDebugAllocationActive(YES);
     ExpectNoGrowth("table controller", TableCommands, &census);
+    ExpectNoGrowth("small views", SmallViews, &census);
     ExpectNoGrowth("carbon windows", CarbonWindows, &census);
     GSDebugAllocationActive(NO);
     [census.delegate release];
