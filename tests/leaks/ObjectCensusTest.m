@@ -125,7 +125,7 @@ static void PropertyLists(Census *census)
         [NSDictionary dictionaryWithObjectsAndKeys:@"v", @"k", [NSArray arrayWithObject:@"x"], @"a", nil];
     NSData *xml = [NSData dataWithPropertyList:tree];
     KT_EXPECT_EQUAL_OBJECTS([NSDictionary dictionaryWithXMLData:xml], tree);
-    (void)[[xml encryptedData:"key"] decryptedData:"key"];
+    (void)[[xml encryptedData:"census12"] decryptedData:"census12"];
     [[tree propertyListMutableCopy] release];
     CFDataRef binary = CFPropertyListCreateData(NULL, tree, kCFPropertyListBinaryFormat_v1_0, 0, NULL);
     CFErrorRef error = NULL;
@@ -172,7 +172,7 @@ static void Texts(Census *census)
     NSString *text = @"line one\nline two\n\u00e9t\u00e9";
     KT_EXPECT([text writeAsTextFile:file encoding:NSUTF8StringEncoding allowLossyConversion:NO atomically:YES]);
     KT_EXPECT_EQUAL_OBJECTS([NSString stringWithTextFile:file encoding:NSUTF8StringEncoding], text);
-    KT_EXPECT_EQUAL_OBJECTS([NSString stringWithEncryptedData:[text encryptedData:"key"] decryptKey:"key"], text);
+    KT_EXPECT_EQUAL_OBJECTS([NSString stringWithEncryptedData:[text encryptedData:"census12"] decryptKey:"census12"], text);
     KT_EXPECT([[text lines] count] == 3 && [[@"0aff10" dataFromHexadecimalString] length] == 3);
     free([text allocUTF8String]);
     (void)[text localize];
