@@ -50,16 +50,16 @@ TEST(FileLocation, AllFiveFormsConvertIntoEachOther)
     AliasHandle alias = nullptr;
     ASSERT_TRUE(byPath.GetAliasHandle(alias));
 
-    TFileLocationInfo byRef, bySpec, byURL, byAlias;
+    TFileLocationInfo byRef, byFSSpec, byURL, byAlias;
     byRef.SetFSRef(ref);
-    bySpec.kind = TFileLocationInfo::kLocationFSSpec;
-    bySpec.storage.fsSpec = fsSpec;
+    byFSSpec.kind = TFileLocationInfo::kLocationFSSpec;
+    byFSSpec.storage.fsSpec = fsSpec;
     byURL.SetCFURL(url);
     CFRelease(url);
     EXPECT_TRUE(byAlias.SetAliasHandle(alias));
 
     const FSRef expected = RefAt(itemPath);
-    for (const TFileLocationInfo *location : std::initializer_list<const TFileLocationInfo *>{&byPath, &byRef, &bySpec, &byURL}) {
+    for (const TFileLocationInfo *location : std::initializer_list<const TFileLocationInfo *>{&byPath, &byRef, &byFSSpec, &byURL}) {
         EXPECT_EQ(itemPath, Narrow(location->GetFullPath()));
         FSRef again;
         ASSERT_TRUE(location->GetFSRef(again));
@@ -206,7 +206,7 @@ TEST(FileLocation, CreatesAndDeletesOnDisk)
     EXPECT_FALSE(PathLocation(folder / "made").Delete());
 }
 
-TEST(FileLocation, NamesComeFromTheSpec)
+TEST(FileLocation, NamesComeFromTheFSSpec)
 {
     TemporaryFolder folder;
     const std::string longName = std::string(70, 'L') + ".txt";

@@ -20,9 +20,9 @@ TEST(FileManager, CreatesFoldersAndFiles)
     FSCatalogInfo info;
     ASSERT_EQ(noErr, FSGetCatalogInfo(&made, kFSCatInfoNodeID, &info, nullptr, nullptr, nullptr));
     EXPECT_EQ(info.nodeID, dirID);
-    FSRef fromSpec;
-    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &fromSpec));
-    EXPECT_EQ(noErr, FSCompareFSRefs(&made, &fromSpec));
+    FSRef fromFSSpec;
+    ASSERT_EQ(noErr, FSpMakeFSRef(&fsSpec, &fromFSSpec));
+    EXPECT_EQ(noErr, FSCompareFSRefs(&made, &fromFSSpec));
     EXPECT_EQ(dupFNErr, FSCreateDirectoryUnicode(&parent, name.size(), name.data(), kFSCatInfoNone, nullptr,
                                                  nullptr, nullptr, nullptr));
 

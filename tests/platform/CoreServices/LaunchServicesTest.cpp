@@ -150,7 +150,7 @@ TEST_F(LaunchServicesTest, ExplicitApplicationsOfEveryKind)
     EXPECT_TRUE(RecordHasLine("x-koru-test:bundle")) << ReadFile(record_);
 }
 
-TEST_F(LaunchServicesTest, BadSpecificationsAreRefused)
+TEST_F(LaunchServicesTest, BadLaunchRequestsAreRefused)
 {
     EXPECT_EQ(paramErr, LSOpenFromURLSpec(nullptr, nullptr));
     EXPECT_EQ(paramErr, Open(nullptr, nullptr, kLSLaunchDefaults));
