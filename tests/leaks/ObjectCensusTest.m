@@ -41,10 +41,27 @@ enum { kCensusClass = 0x4B4F5255, kEcho = 0x6563686F };
     return [[row1 objectForKey:@"name"] compare:[row2 objectForKey:@"name"]];
 }
 
-- (id)tableControllerNewRow:(id)controller
+- (NSMutableDictionary *)tableController:(id)controller makeInitialRowForIndex:(int)index
 {
     (void)controller;
-    return [NSMutableDictionary dictionaryWithObject:@"new" forKey:@"name"];
+    return [NSMutableDictionary dictionaryWithObject:[NSString stringWithFormat:@"new%d", index] forKey:@"name"];
+}
+
+- (void)tableController:(TableController *)controller copy:(id)sender
+{
+    (void)sender;
+    NSPasteboard *pasteboard = [NSPasteboard generalPasteboard];
+    [pasteboard declareTypes:[NSArray arrayWithObject:@"KORUCensusRows"] owner:nil];
+    [pasteboard setPropertyList:[controller selectedDatasourceArray] forType:@"KORUCensusRows"];
+}
+
+- (NSArray *)tableController:(id)controller paste:(id)sender
+{
+    (void)controller, (void)sender;
+    NSMutableArray *rows = [NSMutableArray array];
+    for (id row in [[NSPasteboard generalPasteboard] propertyListForType:@"KORUCensusRows"])
+        [rows addObject:[[row mutableCopy] autorelease]];
+    return rows;
 }
 
 - (void)tableController:(id)controller delete:(id)sender
@@ -201,6 +218,8 @@ static void TableCommands(Census *census)
     [controller cut:nil];
     [controller paste:nil];
     [controller addNewRow:nil];
+    KT_EXPECT_MSG([[controller datasourceArray] count] == 41, @"%lu rows after cut, paste and add",
+                  (unsigned long)[[controller datasourceArray] count]);
     [controller releaseTableView];
     [controller release];
 }
