@@ -6,9 +6,12 @@
 
 #include <gtest/gtest.h>
 
+#include "../support/XDGWorld.h"
+
 #include <chrono>
 #include <cstdlib>
 #include <fstream>
+#include <memory>
 #include <string>
 #include <sys/stat.h>
 #include <thread>
@@ -33,33 +36,18 @@ protected:
         Write(root_ + "/Recorder.app/Resources/Info-gnustep.plist", "{ NSExecutable = Recorder; }\n");
         WriteExecutable(root_ + "/Recorder.app/Recorder", "#!/bin/sh\nexec '" + recorder + "' bundle \"$@\"\n");
 
-        for (const char *folder : {"/data", "/data/applications", "/config"})
-            mkdir((root_ + folder).c_str(), 0755);
-        desktopFile_ = root_ + "/data/applications/koru-recorder.desktop";
-        Write(desktopFile_, "[Desktop Entry]\nType=Application\nName=KORU Recorder\nExec=" + recorder +
-                                " desktop %u\nMimeType=text/plain;x-scheme-handler/x-koru-test;\n");
-        Write(root_ + "/config/mimeapps.list", "[Default Applications]\ntext/plain=koru-recorder.desktop\n"
-                                               "x-scheme-handler/x-koru-test=koru-recorder.desktop\n");
+        world_ = std::make_unique<XDGWorld>(root_, recorder + " desktop");
+        desktopFile_ = world_->DesktopFile();
         Write(root_ + "/notes.txt", "a document\n");
-        SetEnvironment("XDG_DATA_HOME", root_ + "/data");
-        SetEnvironment("XDG_CONFIG_HOME", root_ + "/config");
-        SetEnvironment("XDG_DATA_DIRS", "/usr/share");
-        SetEnvironment("XDG_CURRENT_DESKTOP", "");
-        SetEnvironment("BROWSER", "/bin/false");
-        // xdg-open consults desktop files only when it believes a display is there.
-        if (getenv("DISPLAY") == nullptr && getenv("WAYLAND_DISPLAY") == nullptr)
-            SetEnvironment("DISPLAY", ":koru-test");
     }
 
     void TearDown() override
     {
         for (CFTypeRef object : owned_)
             CFRelease(object);
+        world_.reset();
         std::system(("rm -rf '" + root_ + "'").c_str());
     }
-
-    // The test program's own environment: every case sets the same.
-    static void SetEnvironment(const char *name, const std::string &value) { setenv(name, value.c_str(), 1); }
 
     static void Write(const std::string &path, const std::string &content) { std::ofstream(path) << content; }
     static void WriteExecutable(const std::string &path, const std::string &content)
@@ -91,6 +79,7 @@ protected:
     }
 
     std::string root_, record_, desktopFile_;
+    std::unique_ptr<XDGWorld> world_;
     std::vector<CFTypeRef> owned_;
 };
 

@@ -1,17 +1,16 @@
 #include <CoreServices/LaunchServices.h>
 
 #include "FileTestSupport.h"
+#include "../../support/XDGWorld.h"
 
 #include <chrono>
-#include <map>
+#include <memory>
 #include <thread>
 
 namespace {
 
-// A private XDG world: a test application whose command appends its
-// arguments to a record file, registered as the default for text files and
-// for the x-koru-test: scheme.  Browsers are replaced by a command that fails,
-// so an item nothing handles fails the same way everywhere.
+// A private XDG world whose test application appends its arguments to a
+// record file.
 class LaunchServicesTest : public ::testing::Test {
 protected:
     void SetUp() override
@@ -21,36 +20,15 @@ protected:
         recorder_ = root_ + "/record.sh";
         WriteFile(recorder_, "#!/bin/sh\nfor a in \"$@\"; do printf '%s\\n' \"$a\" >> '" + record_ + "'; done\n");
         chmod(recorder_.c_str(), 0755);
-        for (const char *sub : {"/data", "/data/applications", "/config"})
-            mkdir((root_ + sub).c_str(), 0755);
-        desktopFile_ = root_ + "/data/applications/koru-recorder.desktop";
-        WriteFile(desktopFile_, "[Desktop Entry]\nType=Application\nName=KORU Recorder\nExec=" + recorder_ +
-                                    " %u\nMimeType=text/plain;x-scheme-handler/x-koru-test;\n");
-        WriteFile(root_ + "/config/mimeapps.list", "[Default Applications]\ntext/plain=koru-recorder.desktop\n"
-                                                   "x-scheme-handler/x-koru-test=koru-recorder.desktop\n");
-        SetEnvironment("XDG_DATA_HOME", root_ + "/data");
-        SetEnvironment("XDG_CONFIG_HOME", root_ + "/config");
-        SetEnvironment("XDG_DATA_DIRS", "/usr/share");
-        SetEnvironment("XDG_CURRENT_DESKTOP", "");
-        SetEnvironment("BROWSER", "/bin/false");
-        // xdg-open consults desktop files only when it believes a display is there.
-        if (getenv("DISPLAY") == nullptr && getenv("WAYLAND_DISPLAY") == nullptr)
-            SetEnvironment("DISPLAY", ":koru-test");
+        world_ = std::make_unique<XDGWorld>(root_, recorder_);
+        desktopFile_ = world_->DesktopFile();
     }
 
     void TearDown() override
     {
-        for (const auto &[name, old] : saved_)
-            old.first ? setenv(name.c_str(), old.second.c_str(), 1) : unsetenv(name.c_str());
         for (CFTypeRef object : owned_)
             CFRelease(object);
-    }
-
-    void SetEnvironment(const std::string &name, const std::string &value)
-    {
-        const char *old = getenv(name.c_str());
-        saved_.try_emplace(name, old != nullptr, old != nullptr ? old : "");
-        setenv(name.c_str(), value.c_str(), 1);
+        world_.reset();
     }
 
     // The record once it holds the line; the launched program runs on its own
@@ -96,7 +74,7 @@ protected:
 
     TemporaryFolder folder_;
     std::string root_, record_, recorder_, desktopFile_;
-    std::map<std::string, std::pair<bool, std::string>> saved_;
+    std::unique_ptr<XDGWorld> world_;
     std::vector<CFTypeRef> owned_;
 };
 
@@ -176,7 +154,7 @@ TEST_F(LaunchServicesTest, ApplicationsFoundForItemsAndByIdentity)
     ASSERT_NE(nullptr, Owned(appURL));
 
     // A GNUstep application bundle with a signature and an identifier.
-    SetEnvironment("GNUSTEP_USER_ROOT", root_ + "/gnustep");
+    world_->Set("GNUSTEP_USER_ROOT", root_ + "/gnustep");
     const std::string bundle = root_ + "/gnustep/Applications/Tool Box.app";
     for (const char *sub : {"/gnustep", "/gnustep/Applications", "/gnustep/Applications/Tool Box.app"})
         mkdir((root_ + sub).c_str(), 0755);
